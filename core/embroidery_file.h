@@ -1,0 +1,29 @@
+// EmbroideryFile: the block form of a Design that crosses between the control,
+// the host and tool packs. Little-endian, no padding: two words, the name, the
+// bounds, 46-byte thread records, 5-byte stitch records and a text trailer that
+// carries the thread strings.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "core/design.h"
+#include "core/global_memory.h"
+
+namespace fennick {
+
+// The block's bytes; empty when the design has no thread, no stitch and no
+// notes. Building normalizes the colour stops, sets `sourceFormat` and, when
+// there are threads, replaces `notes` with the thread trailer.
+std::vector<uint8_t> EncodeEmbroideryFile(Design& design);
+// Refills threads and stitches from a block; every count is checked against
+// the block's size and a short block ends the reading quietly.
+void DecodeEmbroideryFile(Design& design, std::span<const uint8_t> block);
+
+// The same through the handle table: a new block the caller owns, or 0.
+GlobalHandle BuildEmbroideryFile(Design& design);
+// A null or empty block does nothing; the caller keeps the block.
+void ParseEmbroideryFile(Design& design, GlobalHandle block);
+
+}  // namespace fennick

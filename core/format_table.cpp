@@ -1,0 +1,84 @@
+#include "core/format_table.h"
+
+#include <array>
+#include <strings.h>
+
+#include "core/design_path.h"
+
+namespace fennick {
+namespace {
+
+constexpr std::array<FormatEntry, 17> kFormats{{
+    {kFormatPes, "PES", nullptr, nullptr},
+    {kFormatSew, "SEW", nullptr, nullptr},
+    {kFormatJef, "JEF", nullptr, nullptr},
+    {kFormatHus, "HUS", nullptr, nullptr},
+    {kFormatPcs, "PCS", nullptr, nullptr},
+    {kFormatDst, "DST", nullptr, nullptr},
+    {kFormatXxx, "XXX", nullptr, nullptr},
+    {kFormatExp, "EXP", nullptr, nullptr},
+    {kFormatVip, "VIP", nullptr, nullptr},
+    {kFormatPhc, "PHC", nullptr, nullptr},
+    {kFormatPec, "PEC", nullptr, nullptr},
+    {kFormatEmd, "EMD", nullptr, nullptr},
+    {kFormatShv, "SHV", nullptr, nullptr},
+    {kFormatPhb, "PHB", nullptr, nullptr},
+    {kFormatPhd, "PHD", nullptr, nullptr},
+    {kFormatBmp, "BMP", nullptr, nullptr},
+    {kFormatTxt, "TXT", nullptr, nullptr},
+}};
+
+// "phd" is in neither list on purpose: a PHD file is read when asked for, and
+// the browser does not offer it.
+constexpr std::array<const char*, 14> kReadable{"dst", "emd", "exp", "hus", "jef", "pec", "pes",
+                                                "phc", "phb", "pcs", "sew", "shv", "vip", "xxx"};
+constexpr std::array<const char*, 9> kWritable{"dst", "exp", "hus", "jef", "pes",
+                                               "pcs", "sew", "vip", "xxx"};
+constexpr std::array<const char*, 9> kWritableUpper{"PES", "HUS", "SEW", "PCS", "JEF",
+                                                    "XXX", "EXP", "VIP", "DST"};
+
+int FillList(std::vector<std::string>* list, std::span<const char* const> names) {
+  if (list == nullptr) return 14;
+  list->assign(names.begin(), names.end());
+  return static_cast<int>(names.size());
+}
+
+}  // namespace
+
+std::span<const FormatEntry> FormatTable() { return kFormats; }
+
+const FormatEntry* FindFormat(int code) {
+  if (code < 0 || code >= static_cast<int>(kFormats.size())) return nullptr;
+  return &kFormats[static_cast<size_t>(code)];
+}
+
+std::string FormatExtension(int code) {
+  const FormatEntry* entry = FindFormat(code);
+  return entry != nullptr ? entry->extension : "";
+}
+
+FormatCode FormatFromExtension(const std::string& extension) {
+  for (const FormatEntry& entry : kFormats) {
+    if (strcasecmp(entry.extension, extension.c_str()) == 0) return entry.code;
+  }
+  return kFormatUnknown;
+}
+
+FormatCode WritableFormatFromPath(const std::string& path, std::string* extension) {
+  const FormatCode code = FormatFromExtension(DesignPath(path).GetExtension());
+  const bool writable = code >= kFormatPes && code <= kFormatVip;
+  if (extension != nullptr) {
+    *extension = "pes";
+    if (writable) {
+      *extension = FormatExtension(code);
+      for (char& c : *extension) c = static_cast<char>(tolower(static_cast<unsigned char>(c)));
+    }
+  }
+  return writable ? code : kFormatUnknown;
+}
+
+int ReadableExtensions(std::vector<std::string>* list) { return FillList(list, kReadable); }
+int WritableExtensions(std::vector<std::string>* list) { return FillList(list, kWritable); }
+std::span<const char* const> WritableExtensionsUpper() { return kWritableUpper; }
+
+}  // namespace fennick
