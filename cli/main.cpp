@@ -1,1 +1,54 @@
-int main() { return 0; }
+// fennick: embroidery designs from the command line.
+#include <cstring>
+#include <iostream>
+
+#include "cli/commands.h"
+
+namespace {
+
+using fennick::cli::Command;
+
+constexpr Command kCommands[] = {
+    {"info", "fennick info FILE...",
+     "Shows each design's format, size in centimetres and inches, stitches, colours and threads.",
+     fennick::cli::RunInfo},
+    {"dump", "fennick dump FILE",
+     "Prints the design as read, as JSON (schema emb-dump/1): absolute stitch positions in 0.1 mm\n"
+     "with y up, colour blocks, bounds and node counts.",
+     fennick::cli::RunDump},
+    {"convert", "fennick convert IN OUT",
+     "Reads IN and writes OUT in the format of OUT's extension.", fennick::cli::RunConvert},
+    {"demo", "fennick demo [--out DIR]",
+     "Builds a sample design in code, writes it in every writable format into DIR (default\n"
+     "./demo-out), reads each file back and prints a table of the results.",
+     fennick::cli::RunDemo},
+};
+
+void PrintUsage(std::ostream& out) {
+  out << "usage: fennick COMMAND [ARGUMENTS]\n\ncommands:\n";
+  for (const Command& command : kCommands) out << "  " << command.usage << "\n";
+  out << "\n'fennick COMMAND --help' tells more about a command.\n";
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc < 2 || std::strcmp(argv[1], "--help") == 0 || std::strcmp(argv[1], "-h") == 0) {
+    PrintUsage(argc < 2 ? std::cerr : std::cout);
+    return argc < 2 ? 2 : 0;
+  }
+  for (const Command& command : kCommands) {
+    if (std::strcmp(argv[1], command.name) != 0) continue;
+    fennick::cli::Arguments arguments(argv + 2, argv + argc);
+    for (const std::string& argument : arguments) {
+      if (argument == "--help" || argument == "-h") {
+        std::cout << "usage: " << command.usage << "\n\n" << command.help << "\n";
+        return 0;
+      }
+    }
+    return command.run(arguments);
+  }
+  std::cerr << "fennick: unknown command \"" << argv[1] << "\"\n";
+  PrintUsage(std::cerr);
+  return 2;
+}

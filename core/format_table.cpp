@@ -4,6 +4,7 @@
 #include <strings.h>
 
 #include "core/design_path.h"
+#include "formats/dst.h"
 
 namespace fennick {
 namespace {
@@ -14,7 +15,7 @@ constexpr std::array<FormatEntry, 17> kFormats{{
     {kFormatJef, "JEF", nullptr, nullptr},
     {kFormatHus, "HUS", nullptr, nullptr},
     {kFormatPcs, "PCS", nullptr, nullptr},
-    {kFormatDst, "DST", nullptr, nullptr},
+    {kFormatDst, "DST", ReadDst, WriteDst},
     {kFormatXxx, "XXX", nullptr, nullptr},
     {kFormatExp, "EXP", nullptr, nullptr},
     {kFormatVip, "VIP", nullptr, nullptr},

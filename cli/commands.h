@@ -1,0 +1,37 @@
+// The commands of the fennick program and what they share.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "core/design.h"
+
+namespace fennick::cli {
+
+using Arguments = std::vector<std::string>;
+
+struct Command {
+  const char* name;
+  const char* usage;  // first line of --help
+  const char* help;   // the rest of --help
+  int (*run)(const Arguments& arguments);
+};
+
+int RunInfo(const Arguments& arguments);
+int RunDump(const Arguments& arguments);
+int RunConvert(const Arguments& arguments);
+int RunDemo(const Arguments& arguments);
+
+// Reads a design through ReadDesignFile; on failure prints one line naming the
+// file and the cause and returns false.
+bool LoadDesign(const std::string& path, Design& design);
+// Writes a file atomically; on failure prints one line and returns false.
+bool SaveFile(const std::string& path, const std::vector<uint8_t>& bytes);
+// One line on standard error: "fennick: <subject>: <cause>".
+void ReportError(const std::string& subject, const std::string& cause);
+// The lower-case extension of a path.
+std::string LowerExtension(const std::string& path);
+// "#rrggbb" of a 0x00BBGGRR colour.
+std::string HexColor(uint32_t rgb);
+
+}  // namespace fennick::cli

@@ -1,0 +1,116 @@
+#include <cstdio>
+#include <filesystem>
+#include <iostream>
+
+#include "cli/commands.h"
+#include "core/format_table.h"
+#include "tools/sample_design.h"
+
+namespace fennick::cli {
+namespace {
+
+struct Penetration {
+  int64_t x, y;
+  size_t block;
+  bool operator==(const Penetration&) const = default;
+};
+
+// Where the needle goes down, relative to the first such point, with the
+// colour block of each. Stitches on the spot (anchors, split remainders) are
+// left out: formats fold them into the jumps they anchor.
+std::vector<Penetration> Penetrations(const Design& design) {
+  std::vector<Penetration> points;
+  int64_t x = 0, y = 0;
+  size_t block = 0;
+  for (const StitchNode& node : design.stitches) {
+    x += node.dx;
+    y += node.dy;
+    if (node.IsColorStop()) ++block;
+    if (node.flags == 0 && node.HasMove()) points.push_back({x, y, block});
+  }
+  for (size_t i = points.size(); i-- > 0;) {
+    points[i].x -= points[0].x;
+    points[i].y -= points[0].y;
+  }
+  return points;
+}
+
+// "OK", or the first difference between the design and its reading.
+std::string CompareRoundTrip(const Design& written, const Design& read) {
+  if (written.threads.size() != read.threads.size()) {
+    return std::to_string(read.threads.size()) + " colours instead of " + std::to_string(written.threads.size());
+  }
+  if (!read.defaultColors) {
+    for (size_t i = 0; i < written.threads.size(); ++i) {
+      if (written.threads[i].rgb != read.threads[i].rgb) {
+        return "colour " + std::to_string(i + 1) + " is " + HexColor(read.threads[i].rgb) + " instead of " +
+               HexColor(written.threads[i].rgb);
+      }
+    }
+  }
+  const std::vector<Penetration> expected = Penetrations(written), actual = Penetrations(read);
+  for (size_t i = 0; i < std::min(expected.size(), actual.size()); ++i) {
+    if (!(expected[i] == actual[i])) {
+      char text[160];
+      std::snprintf(text, sizeof text, "stitch %zu at (%lld, %lld) in colour %zu, not (%lld, %lld) in colour %zu",
+                    i + 1, static_cast<long long>(actual[i].x), static_cast<long long>(actual[i].y),
+                    actual[i].block + 1, static_cast<long long>(expected[i].x),
+                    static_cast<long long>(expected[i].y), expected[i].block + 1);
+      return text;
+    }
+  }
+  if (expected.size() != actual.size()) {
+    return std::to_string(actual.size()) + " stitches instead of " + std::to_string(expected.size());
+  }
+  return "OK";
+}
+
+}  // namespace
+
+int RunDemo(const Arguments& arguments) {
+  std::string directory = "demo-out";
+  for (size_t i = 0; i < arguments.size(); ++i) {
+    if (arguments[i] == "--out" && i + 1 < arguments.size()) {
+      directory = arguments[++i];
+    } else {
+      ReportError("demo", "unknown argument \"" + arguments[i] + "\"");
+      return 2;
+    }
+  }
+  std::error_code error;
+  std::filesystem::create_directories(directory, error);
+  if (error) {
+    ReportError(directory, "cannot make the folder: " + error.message());
+    return 1;
+  }
+
+  const Design sample = SampleDesign();
+  std::printf("Sample design: %lld stitches, %zu colours, written to %s/\n\n",
+              static_cast<long long>(sample.DisplayedStitchCount()),
+              sample.threads.size(), directory.c_str());
+  std::printf("%-22s %9s %9s %8s  %s\n", "file", "bytes", "stitches", "colours", "round trip");
+  int failures = 0;
+  std::vector<std::string> extensions;
+  WritableExtensions(&extensions);
+  for (const std::string& extension : extensions) {
+    const FormatCode code = FormatFromExtension(extension);
+    if (FindFormat(code)->write == nullptr) continue;
+    const std::string path = directory + "/fennick-demo." + extension;
+    Design written = sample;
+    written.name = path;
+    std::vector<uint8_t> bytes;
+    if (WriteDesignFile(written, bytes, code) == 0 || !SaveFile(path, bytes)) {
+      ++failures;
+      continue;
+    }
+    Design read;
+    const bool loaded = LoadDesign(path, read);
+    const std::string verdict = loaded ? CompareRoundTrip(sample, read) : "could not be read back";
+    if (verdict != "OK") ++failures;
+    std::printf("%-22s %9zu %9lld %8zu  %s\n", ("fennick-demo." + extension).c_str(), bytes.size(),
+                loaded ? static_cast<long long>(read.DisplayedStitchCount()) : 0LL, read.threads.size(), verdict.c_str());
+  }
+  return failures == 0 ? 0 : 1;
+}
+
+}  // namespace fennick::cli

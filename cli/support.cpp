@@ -1,0 +1,70 @@
+#include <cctype>
+#include <cstdio>
+#include <iostream>
+#include <sys/stat.h>
+
+#include "cli/commands.h"
+#include "core/design_path.h"
+#include "core/file_io.h"
+#include "core/format_table.h"
+
+namespace fennick::cli {
+
+void ReportError(const std::string& subject, const std::string& cause) {
+  std::cerr << "fennick: " << subject << ": " << cause << "\n";
+}
+
+std::string LowerExtension(const std::string& path) {
+  std::string extension = DesignPath(path).GetExtension();
+  for (char& c : extension) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  return extension;
+}
+
+std::string HexColor(uint32_t rgb) {
+  char text[8];
+  std::snprintf(text, sizeof text, "#%02x%02x%02x", rgb & 0xFF, (rgb >> 8) & 0xFF, (rgb >> 16) & 0xFF);
+  return text;
+}
+
+bool LoadDesign(const std::string& path, Design& design) {
+  const std::string extension = LowerExtension(path);
+  const FormatEntry* format = FindFormat(FormatFromExtension(extension));
+  if (format == nullptr || format->read == nullptr) {
+    ReportError(path, extension.empty() ? "no file extension to tell the design format"
+                                        : "no reader for the extension \"." + extension + "\"");
+    return false;
+  }
+  if (path.rfind("Zip:", 0) != 0) {
+    struct stat info {};
+    if (stat(path.c_str(), &info) != 0) {
+      ReportError(path, "no such file");
+      return false;
+    }
+    if (S_ISDIR(info.st_mode)) {
+      ReportError(path, "is a folder, not a design file");
+      return false;
+    }
+    if (info.st_size == 0) {
+      ReportError(path, "the file is empty");
+      return false;
+    }
+  }
+  if (ReadDesignFile(design, path) != 0) {
+    ReportError(path, std::string("cannot be read as a ") + format->extension + " design");
+    return false;
+  }
+  if (design.stitches.Empty()) {
+    ReportError(path, std::string("holds no stitches (not a ") + format->extension + " design?)");
+    return false;
+  }
+  return true;
+}
+
+bool SaveFile(const std::string& path, const std::vector<uint8_t>& bytes) {
+  std::string error;
+  if (WriteFileAtomic(path, bytes, &error)) return true;
+  ReportError(path, "cannot be written: " + error);
+  return false;
+}
+
+}  // namespace fennick::cli

@@ -1,0 +1,82 @@
+// ReadDesignFile and WriteDesignFile: the dispatch over the format table.
+#include <cctype>
+#include <exception>
+#include <strings.h>
+
+#include "core/design_path.h"
+#include "core/file_io.h"
+#include "core/format_table.h"
+#include "core/preferences.h"
+
+namespace fennick {
+namespace {
+
+constexpr const char* kZipPrefix = "Zip:";
+
+void RememberLastFile(const std::string& fileName) {
+  const PreferenceStore profile(PreferenceTree::kProfile);
+  // Only a change is written: thumbnails read many files in a row.
+  if (profile.GetString("Settings", "Last File", "") != fileName) {
+    profile.SetString("Settings", "Last File", fileName);
+  }
+}
+
+std::string Lower(std::string text) {
+  for (char& c : text) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  return text;
+}
+
+}  // namespace
+
+int ReadDesignFile(Design& design, const std::string& path) {
+  if (strcasecmp(design.name.c_str(), path.c_str()) == 0) return 0;  // already loaded
+  const DesignPath location(path);
+  design.name = path;
+  RememberLastFile(location.FullName());
+
+  if (path.rfind(kZipPrefix, 0) == 0) {
+    return -1;  // ZIP members are read by the archive layer, which is not built yet
+  }
+  std::vector<uint8_t> bytes;
+  if (!ReadWholeFile(location.FullName(), bytes)) return -1;
+  bytes.push_back(0);  // every reader counts this zero byte in its size
+
+  design.name = location.ToString();
+  bool read = false;
+  const FormatEntry* format = FindFormat(FormatFromExtension(location.GetExtension()));
+  if (bytes.size() > 1 && format != nullptr && format->read != nullptr) {
+    design.defaultColors = false;
+    try {
+      read = format->read(design, bytes);
+    } catch (const std::exception&) {
+      read = false;
+    }
+  }
+  design.name = path;
+  if (!design.stitches.Empty()) design.ComputeThreadStats();
+  return read ? 0 : -1;
+}
+
+size_t WriteDesignFile(Design& design, std::vector<uint8_t>& out, int forcedFormat) {
+  out.clear();
+  if (design.stitches.Empty()) return 0;
+  DesignPath location(design.name);
+  const ToolSettings tools = GetToolSettings();
+
+  int source = FormatFromExtension(location.GetExtension());
+  if (source == kFormatPhb || source == kFormatPhd) source = kFormatPhc;
+  int target = tools.selected;
+  if (tools.keep != 0) target = source;
+  if (forcedFormat > -1) target = forcedFormat;
+
+  const bool sourceIsDesign = source >= 0 && source != kFormatBmp && source != kFormatTxt;
+  const FormatEntry* format = target >= kFormatPes && target <= kFormatVip ? FindFormat(target) : nullptr;
+  if (sourceIsDesign && format != nullptr && format->write != nullptr) {
+    location.ChangeExtension(Lower(format->extension));
+    if (format->write(design, out) != 0) out.clear();
+  }
+  design.name = location.ToString();
+  return out.size();
+}
+
+}  // namespace fennick
