@@ -20,7 +20,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Sections and values that more than one reader shares.
+// Sections that more than one reader uses.
 constexpr const char* kSettingsSection = "Settings";
 constexpr const char* kConversionSection = "Conversion";
 constexpr const char* kWorkspaceSection = "Workspace";
@@ -614,7 +614,9 @@ int32_t GetWorkspace(std::string& directory) {
   return store.GetInt(kWorkspaceSection, "workspace", 1);
 }
 
-int32_t GetColorSortThreshold() { return PreferenceStore().GetInt(kSettingsSection, "Color Sort Threshold", 5); }
+int32_t GetColorSortThreshold() {
+  return PreferenceStore().GetInt(kSettingsSection, "Color Sort Threshold", 5);
+}
 
 uint32_t GetBackgroundColor() {
   return static_cast<uint32_t>(PreferenceStore().GetInt("BkgColors", "selectedColorRGB", 0xFFFFFF));

@@ -9,7 +9,6 @@
 #include <cstdlib>
 #include <fstream>
 #include <functional>
-#include <optional>
 #include <sstream>
 
 namespace fennick {
@@ -18,31 +17,19 @@ namespace {
 namespace fs = std::filesystem;
 using namespace std::string_literals;
 
-// Points the store at a fresh folder per test, and restores the environment after.
+// Points the store at a fresh folder per test; the variables stay changed for
+// the rest of this test program, which touches no real settings.
 class PreferencesTest : public ::testing::Test {
  protected:
   void SetUp() override {
     std::string pattern = (fs::temp_directory_path() / "fennick-prefs-XXXXXX").string();
     ASSERT_NE(mkdtemp(pattern.data()), nullptr);
     root_ = pattern;
-    for (const char* name : {"HOME", "XDG_CONFIG_HOME", "XDG_CONFIG_DIRS"}) {
-      const char* value = std::getenv(name);
-      saved_.emplace_back(name, value != nullptr ? std::optional<std::string>(value) : std::nullopt);
-    }
     setenv("HOME", root_.c_str(), 1);
     setenv("XDG_CONFIG_HOME", (root_ / "config").c_str(), 1);
     setenv("XDG_CONFIG_DIRS", ((root_ / "etc1").string() + ":" + (root_ / "etc2").string()).c_str(), 1);
   }
-  void TearDown() override {
-    for (const auto& [name, value] : saved_) {
-      if (value) {
-        setenv(name.c_str(), value->c_str(), 1);
-      } else {
-        unsetenv(name.c_str());
-      }
-    }
-    fs::remove_all(root_);
-  }
+  void TearDown() override { fs::remove_all(root_); }
 
   fs::path MainFile() const { return root_ / "config" / "selvane" / "Brindlemoor.reg"; }
 
@@ -57,11 +44,15 @@ class PreferencesTest : public ::testing::Test {
   }
 
   fs::path root_;
-  std::vector<std::pair<std::string, std::optional<std::string>>> saved_;
 };
 
 constexpr const char* kHeader =
     "WINE REGISTRY Version 2\n;; All keys relative to HKEY_CURRENT_USER\\Software\\Selvane\\Brindlemoor\n\n";
+
+int32_t WorkspaceFlag() {
+  std::string directory;
+  return GetWorkspace(directory);
+}
 
 // Each reader against its stored name: the default first, then a stored value.
 TEST_F(PreferencesTest, ReadersUseTheirDefaultsAndStoredNames) {
@@ -85,10 +76,7 @@ TEST_F(PreferencesTest, ReadersUseTheirDefaultsAndStoredNames) {
       {"Settings", "Color Sort Threshold", 5, [] { return GetColorSortThreshold(); }},
       {"Settings", "English", 1, [] { return GetEnglish(); }},
       {"BkgColors", "selectedColorRGB", 0xFFFFFF, [] { return GetBackgroundColor(); }},
-      {"Workspace", "workspace", 1, [] {
-         std::string directory;
-         return GetWorkspace(directory);
-       }},
+      {"Workspace", "workspace", 1, [] { return WorkspaceFlag(); }},
   };
   std::string directory;
   GetWorkspace(directory);
@@ -98,10 +86,15 @@ TEST_F(PreferencesTest, ReadersUseTheirDefaultsAndStoredNames) {
   EXPECT_FALSE(fs::exists(root_ / "config")) << "a read created the store";
 
   const PreferenceStore store;
-  for (const Case& c : cases) store.SetInt(c.section, c.name, 77);
+  // Distinct values, so that a reader taking its neighbour's name shows.
+  for (size_t i = 0; i < cases.size(); ++i) {
+    store.SetInt(cases[i].section, cases[i].name, static_cast<int32_t>(100 + i));
+  }
   store.SetString("Settings", "Tools otf", "DST");
   store.SetString("Workspace", "directory", "/srv/temps");
-  for (const Case& c : cases) EXPECT_EQ(c.read(), 77) << c.name;
+  for (size_t i = 0; i < cases.size(); ++i) {
+    EXPECT_EQ(cases[i].read(), static_cast<int64_t>(100 + i)) << cases[i].name;
+  }
   EXPECT_EQ(GetToolSettings().format, "DST");
   GetWorkspace(directory);
   EXPECT_EQ(directory, "/srv/temps");
@@ -116,9 +109,10 @@ TEST_F(PreferencesTest, ValuesRoundTrip) {
     store.SetInt("Settings", "n", value);
     EXPECT_EQ(store.GetInt("Settings", "n", 42), value);
   }
+  const std::string nonAscii = "Gr\xC3\xBC\xC3\x9F" "e \xFF";
   const std::string longest(254, 'x');
-  for (const std::string& text : {std::string(), std::string("say \"hi\" \\there\\"), std::string("a\nb\r\n"),
-                                  std::string("Gr\xC3\xBC\xC3\x9F" "e \xFF"), std::string("ends in \\"), longest}) {
+  for (const std::string& text :
+       {""s, "say \"hi\" \\there\\"s, "a\nb\r\n"s, nonAscii, "ends in \\"s, longest}) {
     store.SetString("", "s", text);
     EXPECT_EQ(store.GetString("", "s", "default"), text);
   }
@@ -161,8 +155,9 @@ TEST_F(PreferencesTest, RewriteKeepsOrderAndLinesItDoesNotKnow) {
   WriteFile(MainFile(), std::string(kHeader) +
                             "[Settings]\r\n"
                             "\"b\"=dword:00000001\n"
-                            "\"blob\"=hex:01,02,\\\n"
-                            "  03,04\n"
+                            "\"blob\"=hex:01,\\\n"
+                            "  02,\\\n"
+                            "  03\n"
                             "; a comment\n"
                             "\"A\"=\"x\"\n\n"
                             "[Other] 1700000000\n"
@@ -174,8 +169,9 @@ TEST_F(PreferencesTest, RewriteKeepsOrderAndLinesItDoesNotKnow) {
   EXPECT_EQ(ReadFile(MainFile()), std::string(kHeader) +
                                       "[Settings]\n"
                                       "\"b\"=dword:00000002\n"
-                                      "\"blob\"=hex:01,02,\\\n"
-                                      "  03,04\n"
+                                      "\"blob\"=hex:01,\\\n"
+                                      "  02,\\\n"
+                                      "  03\n"
                                       "\"A\"=\"x\"\n"
                                       "\"new\"=dword:00000003\n\n"
                                       "[Other]\n"
@@ -217,10 +213,11 @@ TEST_F(PreferencesTest, DamagedFilesGiveDefaults) {
 
 TEST_F(PreferencesTest, ReadConversionOverlaysStoredValuesOnTheBuiltInRow) {
   ConversionSettings record;
-  for (const char* extension : {"pes", "sew", "jef", "hus", "pcs", "dst", "xxx", "exp", "vip"}) {
-    EXPECT_EQ(ReadConversion(extension, record), 0);
-    EXPECT_EQ(record.formatCode, BuiltInConversion(record.formatCode).formatCode);
-    EXPECT_EQ(record, BuiltInConversion(record.formatCode)) << extension;
+  const std::vector<std::string> extensions = {"pes", "sew", "jef", "hus", "pcs", "dst", "xxx", "exp", "vip"};
+  for (int code = 0; code < 9; ++code) {
+    EXPECT_EQ(ReadConversion(extensions[static_cast<size_t>(code)], record), 0);
+    EXPECT_EQ(record.formatCode, code);
+    EXPECT_EQ(record, BuiltInConversion(code)) << extensions[static_cast<size_t>(code)];
   }
   EXPECT_EQ(BuiltInConversion(2), (ConversionSettings{2, 1, 1, 64000, 78, 140, 200, 1, 1, 10, 0, 1, 4, 0}));
   EXPECT_EQ(BuiltInConversion(9), BuiltInConversion(0));
@@ -258,16 +255,13 @@ TEST_F(PreferencesTest, ReadConversionOverlaysStoredValuesOnTheBuiltInRow) {
 }
 
 TEST_F(PreferencesTest, TreesHaveTheirOwnFiles) {
-  const fs::path directory = root_ / "config" / "selvane";
-  PreferenceStore(PreferenceTree::kProfile).SetString("Directories", "SaveAs", "/home/x");
   PreferenceStore(PreferenceTree::kResize).SetInt("", "Sensitivity", 12);
-  PreferenceStore(PreferenceTree::kUserTools).SetString("", "Brindlemoor Pockette II", "2/opt/card");
-  EXPECT_EQ(PreferenceStore(PreferenceTree::kProfile).GetString("Directories", "SaveAs", ""), "/home/x");
-  EXPECT_EQ(ReadFile(directory / "QXTessimo.reg"),
-            "WINE REGISTRY Version 2\n;; All keys relative to HKEY_CURRENT_USER\\Software\\Selvane\\QXTessimo\n\n"
+  EXPECT_EQ(ReadFile(root_ / "config" / "selvane" / "QXTessimo.reg"),
+            "WINE REGISTRY Version 2\n"
+            ";; All keys relative to HKEY_CURRENT_USER\\Software\\Selvane\\QXTessimo\n\n"
             "\"Sensitivity\"=dword:0000000c\n\n");
-  EXPECT_TRUE(fs::exists(directory / "FennickAddin.reg"));
-  EXPECT_TRUE(fs::exists(directory / "Brindlemoor Tools.reg"));
+  PreferenceStore(PreferenceTree::kProfile).SetString("Directories", "SaveAs", "/home/x");
+  EXPECT_TRUE(fs::exists(root_ / "config" / "selvane" / "FennickAddin.reg"));
   EXPECT_FALSE(fs::exists(MainFile()));
 }
 
@@ -294,15 +288,14 @@ TEST_F(PreferencesTest, MachineToolsComeFromTheFirstConfigDirHoldingThem) {
 TEST_F(PreferencesTest, ConcurrentWritersLoseNothing) {
   constexpr int kWriters = 4;
   constexpr int kValuesEach = 25;
+  const auto name = [](int writer, int i) { return "w" + std::to_string(writer) + "v" + std::to_string(i); };
   std::vector<pid_t> children;
   for (int writer = 0; writer < kWriters; ++writer) {
     const pid_t pid = fork();
     ASSERT_GE(pid, 0);
     if (pid == 0) {
       const PreferenceStore store;
-      for (int i = 0; i < kValuesEach; ++i) {
-        store.SetInt("Race", "w" + std::to_string(writer) + "v" + std::to_string(i), i);
-      }
+      for (int i = 0; i < kValuesEach; ++i) store.SetInt("Race", name(writer, i), i);
       _exit(0);
     }
     children.push_back(pid);
@@ -315,9 +308,7 @@ TEST_F(PreferencesTest, ConcurrentWritersLoseNothing) {
   const PreferenceStore store;
   EXPECT_EQ(store.Values("Race").size(), static_cast<size_t>(kWriters * kValuesEach));
   for (int writer = 0; writer < kWriters; ++writer) {
-    for (int i = 0; i < kValuesEach; ++i) {
-      EXPECT_EQ(store.GetInt("Race", "w" + std::to_string(writer) + "v" + std::to_string(i), -1), i);
-    }
+    for (int i = 0; i < kValuesEach; ++i) EXPECT_EQ(store.GetInt("Race", name(writer, i), -1), i);
   }
   // Only the file and its lock remain: no temporary is left behind.
   std::vector<std::string> names;
