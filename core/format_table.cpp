@@ -1,6 +1,7 @@
 #include "core/format_table.h"
 
 #include <array>
+#include <cctype>
 #include <strings.h>
 
 #include "core/design_path.h"

@@ -63,19 +63,19 @@ TEST(DstWriter, GoldenBytes) {
 
 TEST(DstWriter, LongLabelPushesFieldsOnAndSpaceFallsInside) {
   Design design;
-  design.name = "a-name-of-twenty-one.dst";
+  design.name = "twenty-one-characters.dst";
   design.threads.resize(1);
   SetNodes(design, {{0, 0, STITCH_JUMP}, {2, 2, 0}});
   std::vector<uint8_t> out;
   ASSERT_EQ(WriteDst(design, out), 0);
   const std::string text(out.begin(), out.begin() + 140);
-  // 21 characters instead of 16 push every field 5 places on.
-  EXPECT_EQ(text.substr(0, 25), "LA:a-name-of-twenty-one\rST");
-  EXPECT_EQ(text.substr(115, 10), "\rPD:******");
-  EXPECT_EQ(text[125], ' ');  // the forced space, now inside the text
-  EXPECT_EQ(text[129], '\r');
-  EXPECT_EQ(text[130], '\x1a');
-  EXPECT_EQ(text[131], '\0');  // the text's own terminator survives
+  // 21 characters instead of 16 push every field 5 places on, and the
+  // forced space at 125 lands in the PD field.
+  EXPECT_EQ(text.substr(0, 27), "LA:twenty-one-characters\rST");
+  EXPECT_EQ(text.substr(119, 10), "PD:*** **\r");
+  EXPECT_EQ(text[129], '\x1a');
+  EXPECT_EQ(text[130], '\0');  // the text's own terminator survives
+  EXPECT_EQ(text[131], ' ');
 }
 
 TEST(DstWriter, EmptyDesignWritesNothing) {
@@ -91,11 +91,11 @@ TEST(DstWriter, EveryWritePrependsAZeroNode) {
   SetNodes(design, {{0, 0, STITCH_JUMP}, {3, 4, 0}});
   std::vector<uint8_t> out;
   WriteDst(design, out);
+  EXPECT_EQ(Nodes(design), (std::vector<Node>{{0, 0, 0}, {-1, -2, STITCH_JUMP}, {3, 4, 0}}));
+  // The second write finds a stitch at the head, so centring adds a jump too.
   WriteDst(design, out);
-  ASSERT_EQ(design.stitches.Size(), 4u);
-  EXPECT_EQ(std::get<2>(Nodes(design)[0]), 0u);
-  EXPECT_EQ(std::get<2>(Nodes(design)[1]), 0u);
-  EXPECT_FALSE(design.stitches.Head()->HasMove());
+  EXPECT_EQ(Nodes(design),
+            (std::vector<Node>{{0, 0, 0}, {0, 0, STITCH_JUMP}, {0, 0, 0}, {-1, -2, STITCH_JUMP}, {3, 4, 0}}));
 }
 
 TEST(DstReader, ColourChangeGivesStopAndJumpThatMergesWithItsLanding) {
@@ -115,23 +115,24 @@ TEST(DstReader, ColourChangeGivesStopAndJumpThatMergesWithItsLanding) {
   EXPECT_EQ(design.threads[0].colorName, "Black");
   EXPECT_EQ(design.threads[1].colorName, "Blue");
   EXPECT_TRUE(design.defaultColors);
-  // Positions: 1, 1 (stop), 1 (jump), 10, 10+3y, 11: x spans 1..11, y 0..3,
-  // so Centre subtracts (6, 1) through a new head jump, then adds one unit of
-  // x back because the width is even and x would lean to the minus side.
-  const std::vector<Node> expected = {{-5, -1, STITCH_JUMP}, {1, 0, 0},  {0, 0, STITCH_COLORSTOP},
+  // Positions after merging: (1,0) (1,0) (10,3) (11,3). Centre subtracts
+  // (6, 1) through a new head jump; the odd height then puts its extra unit
+  // on the minus side of y.
+  const std::vector<Node> expected = {{-6, -2, STITCH_JUMP}, {1, 0, 0},  {0, 0, STITCH_COLORSTOP},
                                       {9, 3, STITCH_JUMP},   {1, 0, 0}};
   EXPECT_EQ(Nodes(design), expected);
   EXPECT_EQ(design.minX, -5);
   EXPECT_EQ(design.maxX, 5);
   EXPECT_EQ(design.minY, -2);
-  EXPECT_EQ(design.maxY, 2);
+  EXPECT_EQ(design.maxY, 1);
 }
 
 TEST(DstReader, OppositeBitsOfOnePowerCancel) {
   Design design;
   ASSERT_TRUE(ReadDst(design, AsReaderInput(DstFile({{0x03, 0xC0, 0x03}, {0x02, 0x00, 0x03}}))));
-  // x+1 and x-1, y+3 and y-3 cancel: the first record is a stitch on the spot.
-  EXPECT_EQ(Nodes(design), (std::vector<Node>{{0, 0, STITCH_JUMP}, {0, 0, 0}, {-1, 0, 0}}));
+  // x+1 and x-1, y+3 and y-3 cancel: the first record is a stitch on the
+  // spot. x spans -1..0, so the odd width's extra unit goes to the plus side.
+  EXPECT_EQ(Nodes(design), (std::vector<Node>{{1, 0, STITCH_JUMP}, {0, 0, 0}, {-1, 0, 0}}));
 }
 
 TEST(DstReader, ColourChangeAtTheEndIsClearedFromTheTail) {
@@ -160,9 +161,12 @@ TEST(DstReader, TwentyNinthColourTakesPaletteEntryZeroAgain) {
 
 TEST(DstReader, ShortFilesAndPartialRecords) {
   Design design;
-  // 515 bytes: header and one record, but the added zero byte leaves the
-  // record at the limit, so nothing is read.
+  // Header and one whole record: it is read.
   std::vector<uint8_t> bytes = DstFile({{0x01, 0x00, 0x03}});
+  ASSERT_TRUE(ReadDst(design, AsReaderInput(bytes)));
+  EXPECT_EQ(design.stitches.Size(), 2u);  // head jump and the stitch
+  // Two bytes of a record are no record.
+  bytes.pop_back();
   ASSERT_TRUE(ReadDst(design, AsReaderInput(bytes)));
   EXPECT_TRUE(design.stitches.Empty());
   EXPECT_EQ(design.threads.size(), 1u);
@@ -174,32 +178,36 @@ TEST(DstReader, ShortFilesAndPartialRecords) {
 }
 
 TEST(DstRoundTrip, EveryMoveUpTo121SurvivesAndLongerOnesAreSplit) {
+  // The stitch on the spot after the head jump anchors it: the reader folds
+  // it into the jump instead of the first real stitch.
   for (int32_t d = -121; d <= 121; ++d) {
     Design design;
     design.threads.resize(1);
-    SetNodes(design, {{0, 0, STITCH_JUMP}, {d, -d, 0}, {d / 2, 121, 0}});
+    SetNodes(design, {{0, 0, STITCH_JUMP}, {0, 0, 0}, {d, -d, 0}, {d / 2, 121, 0}});
     std::vector<uint8_t> out;
     ASSERT_EQ(WriteDst(design, out), 0);
     Design read;
     ReadDst(read, AsReaderInput(out));
+    // A new head jump from centring, the writer's zero node, the old head jump.
     const std::vector<Node> nodes = Nodes(read);
-    ASSERT_EQ(nodes.size(), 4u) << d;  // head jump, the zero node, two stitches
-    EXPECT_EQ(nodes[2], Node(d, -d, 0)) << d;
-    EXPECT_EQ(nodes[3], Node(d / 2, 121, 0)) << d;
+    ASSERT_EQ(nodes.size(), 5u) << d;
+    EXPECT_EQ(nodes[3], Node(d, -d, 0)) << d;
+    EXPECT_EQ(nodes[4], Node(d / 2, 121, 0)) << d;
   }
   // 122 units: two jumps and a zero stitch in the file, one jump after reading.
   Design design;
   design.threads.resize(1);
-  SetNodes(design, {{0, 0, STITCH_JUMP}, {5, 5, 0}, {122, 0, 0}, {1, 0, 0}});
+  SetNodes(design, {{0, 0, STITCH_JUMP}, {0, 0, 0}, {5, 5, 0}, {122, 0, 0}, {1, 0, 0}});
   std::vector<uint8_t> out;
   ASSERT_EQ(WriteDst(design, out), 0);
-  EXPECT_EQ(out.size(), 3u * 7 + 515);
+  EXPECT_EQ(out.size(), 3u * 8 + 515);
   Design read;
   ReadDst(read, AsReaderInput(out));
   const std::vector<Node> nodes = Nodes(read);
-  ASSERT_EQ(nodes.size(), 5u);
-  EXPECT_EQ(nodes[3], Node(122, 0, STITCH_JUMP));
-  EXPECT_EQ(nodes[4], Node(1, 0, 0));
+  ASSERT_EQ(nodes.size(), 6u);
+  EXPECT_EQ(nodes[3], Node(5, 5, 0));
+  EXPECT_EQ(nodes[4], Node(122, 0, STITCH_JUMP));
+  EXPECT_EQ(nodes[5], Node(1, 0, 0));
 }
 
 // Where the needle goes down in a DST file, decoded plainly: a stitch record
@@ -246,14 +254,16 @@ TEST(DstReader, RealSampleFile) {
   Design design;
   ASSERT_TRUE(ReadDst(design, AsReaderInput(file)));
   EXPECT_EQ(design.threads.size(), 4u);
-  for (const char* name : {"Black", "Blue", "Light Green", "Red"}) {
-    EXPECT_EQ(design.threads[&name - &*std::begin({"Black"})].colorName, name);
-  }
+  const char* const names[] = {"Black", "Blue", "Light Green", "Red"};
+  for (size_t i = 0; i < 4; ++i) EXPECT_EQ(design.threads[i].colorName, names[i]);
   // The origin before the first record is no sample, so the extents are
   // those of the records alone, moved to the centre.
   EXPECT_EQ(design.maxX - design.minX, expected.maxX - expected.minX);
   EXPECT_EQ(design.maxY - design.minY, expected.maxY - expected.minY);
-  EXPECT_EQ(design.maxX, -design.minX);
+  // An odd width keeps its extra unit on the plus side of x, an odd height on
+  // the minus side of y.
+  EXPECT_EQ(design.maxX + design.minX, (expected.maxX - expected.minX) % 2);
+  EXPECT_EQ(design.maxY + design.minY, -((expected.maxY - expected.minY) % 2));
 
   std::vector<std::pair<int, int>> stitches;
   int x = 0, y = 0;

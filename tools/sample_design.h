@@ -10,7 +10,7 @@
 namespace fennick {
 
 // Four colours: a satin column, a fill, a running outline and a satin arc,
-// with jumps between the objects. About 2,900 stitches.
+// with jumps between the objects. About 1,000 stitches.
 Design SampleDesign();
 // Tiles of satin columns and fill rows until the design holds at least
 // `stitchCount` nodes.
