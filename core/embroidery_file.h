@@ -23,7 +23,8 @@ void DecodeEmbroideryFile(Design& design, std::span<const uint8_t> block);
 
 // The same through the handle table: a new block the caller owns, or 0.
 GlobalHandle BuildEmbroideryFile(Design& design);
-// A null or empty block does nothing; the caller keeps the block.
+// A null handle does nothing; an empty or unknown block only empties threads
+// and stitches. The caller keeps the block.
 void ParseEmbroideryFile(Design& design, GlobalHandle block);
 
 }  // namespace fennick
