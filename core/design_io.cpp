@@ -38,7 +38,7 @@ int ReadDesignFile(Design& design, const std::string& path) {
     return -1;  // ZIP members are read by the archive layer, which is not built yet
   }
   std::vector<uint8_t> bytes;
-  if (!ReadWholeFile(location.FullName(), bytes)) return -1;
+  if (ReadWholeFile(location.FullName(), bytes) != FileRead::kOk) return -1;
   bytes.push_back(0);  // every reader counts this zero byte in its size
 
   design.name = location.ToString();

@@ -2,9 +2,11 @@
 
 #include <atomic>
 #include <cerrno>
+#include <climits>
+#include <cstdlib>
 #include <cstring>
-#include <string>
 #include <fcntl.h>
+#include <libgen.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -16,53 +18,75 @@ bool Fail(std::string* error, int code) {
   return false;
 }
 
+std::string Folder(const std::string& path) {
+  std::string copy = path;
+  return dirname(copy.data());
+}
+
 }  // namespace
 
-bool ReadWholeFile(const std::string& path, std::vector<uint8_t>& bytes, std::string* error) {
-  const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  if (fd < 0) return Fail(error, errno);
-  struct stat info {};
-  if (fstat(fd, &info) != 0 || S_ISDIR(info.st_mode)) {
-    const int code = S_ISDIR(info.st_mode) ? EISDIR : errno;
-    close(fd);
-    return Fail(error, code);
+bool FileDescriptor::Close() {
+  const int fd = fd_;
+  fd_ = -1;
+  return fd < 0 || close(fd) == 0;
+}
+
+FileRead ReadWholeFile(const std::string& path, std::vector<uint8_t>& bytes, size_t maxSize, std::string* error) {
+  bytes.clear();
+  // Non-blocking, so that a pipe in a file's place cannot stall the read.
+  FileDescriptor fd(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  if (fd.Get() < 0) {
+    const int code = errno;
+    Fail(error, code);
+    return code == ENOENT || code == ENOTDIR ? FileRead::kMissing : FileRead::kFailed;
   }
+  struct stat info {};
+  if (fstat(fd.Get(), &info) != 0) return Fail(error, errno), FileRead::kFailed;
+  if (S_ISDIR(info.st_mode)) return Fail(error, EISDIR), FileRead::kFailed;
+  if (!S_ISREG(info.st_mode)) return Fail(error, EINVAL), FileRead::kFailed;
+  if (static_cast<uint64_t>(info.st_size) > maxSize) return Fail(error, EFBIG), FileRead::kFailed;
   bytes.resize(static_cast<size_t>(info.st_size));
   size_t done = 0;
   while (true) {
-    if (done == bytes.size()) bytes.resize(bytes.size() + 65536);  // the file may have grown
-    const ssize_t got = read(fd, bytes.data() + done, bytes.size() - done);
-    if (got < 0 && errno == EINTR) continue;
-    if (got < 0) {
-      const int code = errno;
-      close(fd);
-      return Fail(error, code);
+    if (done == bytes.size()) {
+      // The file grew since fstat.
+      if (bytes.size() >= maxSize) return Fail(error, EFBIG), FileRead::kFailed;
+      bytes.resize(std::min(maxSize, bytes.size() + 65536));
     }
+    const ssize_t got = read(fd.Get(), bytes.data() + done, bytes.size() - done);
+    if (got < 0 && errno == EINTR) continue;
+    if (got < 0) return Fail(error, errno), FileRead::kFailed;
     if (got == 0) break;
     done += static_cast<size_t>(got);
   }
-  close(fd);
   bytes.resize(done);
-  return true;
+  return FileRead::kOk;
 }
 
 bool WriteFileAtomic(const std::string& path, std::span<const uint8_t> bytes, std::string* error) {
+  std::string target = path;
+  struct stat link {};
+  if (lstat(path.c_str(), &link) == 0 && S_ISLNK(link.st_mode)) {
+    char resolved[PATH_MAX];
+    if (realpath(path.c_str(), resolved) != nullptr) target = resolved;
+  }
   static std::atomic<unsigned> counter{0};
   std::string temporary;
-  int fd = -1;
+  int descriptor = -1;
   // O_EXCL with a name of our own: the kernel applies the umask to a new file.
-  for (int attempt = 0; fd < 0 && attempt < 100; ++attempt) {
-    temporary = path + ".tmp-" + std::to_string(getpid()) + "-" + std::to_string(counter++);
-    fd = open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-    if (fd < 0 && errno != EEXIST) return Fail(error, errno);
+  for (int attempt = 0; descriptor < 0 && attempt < 100; ++attempt) {
+    temporary = target + ".tmp-" + std::to_string(getpid()) + "-" + std::to_string(counter++);
+    descriptor = open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0666);
+    if (descriptor < 0 && errno != EEXIST) return Fail(error, errno);
   }
-  if (fd < 0) return Fail(error, EEXIST);
+  if (descriptor < 0) return Fail(error, EEXIST);
+  FileDescriptor fd(descriptor);
   int code = 0;
   struct stat old {};
-  if (stat(path.c_str(), &old) == 0 && fchmod(fd, old.st_mode & 07777) != 0) code = errno;
+  if (stat(target.c_str(), &old) == 0 && fchmod(fd.Get(), old.st_mode & 07777) != 0) code = errno;
   size_t done = 0;
   while (code == 0 && done < bytes.size()) {
-    const ssize_t put = write(fd, bytes.data() + done, bytes.size() - done);
+    const ssize_t put = write(fd.Get(), bytes.data() + done, bytes.size() - done);
     if (put < 0 && errno == EINTR) continue;
     if (put < 0) {
       code = errno;
@@ -70,13 +94,16 @@ bool WriteFileAtomic(const std::string& path, std::span<const uint8_t> bytes, st
       done += static_cast<size_t>(put);
     }
   }
-  if (code == 0 && fsync(fd) != 0) code = errno;
-  if (close(fd) != 0 && code == 0) code = errno;
-  if (code == 0 && rename(temporary.c_str(), path.c_str()) != 0) code = errno;
+  if (code == 0 && fsync(fd.Get()) != 0) code = errno;
+  if (!fd.Close() && code == 0) code = errno;
+  if (code == 0 && rename(temporary.c_str(), target.c_str()) != 0) code = errno;
   if (code != 0) {
     unlink(temporary.c_str());
     return Fail(error, code);
   }
+  // Makes the rename itself durable.
+  FileDescriptor folder(open(Folder(target).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (folder.Get() >= 0) fsync(folder.Get());
   return true;
 }
 

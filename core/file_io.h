@@ -9,9 +9,30 @@
 
 namespace fennick {
 
-// The file's bytes; false with `error` set when it can't be read.
-bool ReadWholeFile(const std::string& path, std::vector<uint8_t>& bytes, std::string* error = nullptr);
-// False with `error` set (the system's reason) when anything fails.
+// Owns a file descriptor and closes it when it goes.
+class FileDescriptor {
+ public:
+  explicit FileDescriptor(int fd) : fd_(fd) {}
+  FileDescriptor(const FileDescriptor&) = delete;
+  FileDescriptor& operator=(const FileDescriptor&) = delete;
+  ~FileDescriptor() { Close(); }
+  int Get() const { return fd_; }
+  // A failed close after writing can mean lost data, so it is reported.
+  bool Close();
+
+ private:
+  int fd_;
+};
+
+enum class FileRead { kOk, kMissing, kFailed };
+
+// The bytes of a regular file of at most `maxSize` bytes. Anything else (a
+// folder, a pipe, a device, a larger file) fails without blocking; `error`
+// then tells the system's reason.
+FileRead ReadWholeFile(const std::string& path, std::vector<uint8_t>& bytes, size_t maxSize = SIZE_MAX,
+                       std::string* error = nullptr);
+// False with `error` set when anything fails. A file kept as a link stays a
+// link: the file it points to is replaced.
 bool WriteFileAtomic(const std::string& path, std::span<const uint8_t> bytes, std::string* error = nullptr);
 
 }  // namespace fennick

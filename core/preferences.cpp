@@ -13,6 +13,7 @@
 #include <string_view>
 #include <system_error>
 
+#include "core/file_io.h"
 #include "core/format_table.h"
 
 namespace fennick {
@@ -45,7 +46,7 @@ constexpr std::string_view kHeaderLine = "WINE REGISTRY Version 2";
 constexpr std::string_view kCommentPrefix = ";; All keys relative to ";
 
 // Settings files hold a few kilobytes; anything far larger is not one of ours.
-constexpr off_t kMaxFileSize = off_t{16} << 20;
+constexpr size_t kMaxFileSize = size_t{16} << 20;
 
 // The reader's buffer is 255 bytes and the stored string carries its final zero.
 constexpr size_t kStringBufferLimit = 255;
@@ -97,90 +98,13 @@ fs::path MachineToolsFile() {
 // ---------------------------------------------------------------------------
 // Files
 
-class UniqueFd {
- public:
-  explicit UniqueFd(int fd) : fd_(fd) {}
-  UniqueFd(const UniqueFd&) = delete;
-  UniqueFd& operator=(const UniqueFd&) = delete;
-  ~UniqueFd() {
-    if (fd_ >= 0) close(fd_);
-  }
-  int Get() const { return fd_; }
-  // Closes now and reports whether the close succeeded; a failed close after
-  // writing can mean lost data.
-  bool Close() {
-    const int fd = fd_;
-    fd_ = -1;
-    return fd < 0 || close(fd) == 0;
-  }
-
- private:
-  int fd_;
-};
-
-enum class FileRead { kOk, kMissing, kFailed };
-
-FileRead ReadWholeFile(const fs::path& file, std::string& text) {
+FileRead ReadText(const fs::path& file, std::string& text) {
   text.clear();
   if (file.empty()) return FileRead::kMissing;
-  // Non-blocking, so that a FIFO put in the file's place cannot stall a read.
-  UniqueFd fd(open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-  if (fd.Get() < 0) return errno == ENOENT || errno == ENOTDIR ? FileRead::kMissing : FileRead::kFailed;
-  struct stat info {};
-  if (fstat(fd.Get(), &info) != 0 || !S_ISREG(info.st_mode) || info.st_size > kMaxFileSize) {
-    return FileRead::kFailed;
-  }
-  std::array<char, 8192> chunk{};
-  for (;;) {
-    const ssize_t count = read(fd.Get(), chunk.data(), chunk.size());
-    if (count < 0) {
-      if (errno == EINTR) continue;
-      return FileRead::kFailed;
-    }
-    if (count == 0) return FileRead::kOk;
-    text.append(chunk.data(), static_cast<size_t>(count));
-    if (text.size() > static_cast<size_t>(kMaxFileSize)) return FileRead::kFailed;
-  }
-}
-
-bool WriteAll(int fd, std::string_view bytes) {
-  while (!bytes.empty()) {
-    const ssize_t count = write(fd, bytes.data(), bytes.size());
-    if (count < 0) {
-      if (errno == EINTR) continue;
-      return false;
-    }
-    bytes.remove_prefix(static_cast<size_t>(count));
-  }
-  return true;
-}
-
-// Replaces `file` with `bytes` so that a reader sees either the old or the new
-// file, never a part. The caller holds the tree's lock, so the temporary name
-// is ours alone and a leftover one is from a writer that died.
-void ReplaceFile(const fs::path& file, std::string_view bytes) {
-  fs::path target = file;
-  std::error_code error;
-  // A settings file kept as a link elsewhere (a dotfile repository) stays a link.
-  if (fs::is_symlink(file, error)) {
-    fs::path resolved = fs::canonical(file, error);
-    if (!error) target = resolved;
-  }
-  fs::path temporary = target;
-  temporary += ".tmp";
-  unlink(temporary.c_str());
-  UniqueFd fd(open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0666));
-  if (fd.Get() < 0) return;
-  struct stat existing {};
-  if (stat(target.c_str(), &existing) == 0) fchmod(fd.Get(), existing.st_mode & 07777);
-  if (!WriteAll(fd.Get(), bytes) || fsync(fd.Get()) != 0 || !fd.Close() ||
-      rename(temporary.c_str(), target.c_str()) != 0) {
-    unlink(temporary.c_str());
-    return;
-  }
-  // Make the rename itself durable.
-  UniqueFd directory(open(target.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (directory.Get() >= 0) fsync(directory.Get());
+  std::vector<uint8_t> bytes;
+  const FileRead read = ReadWholeFile(file.string(), bytes, kMaxFileSize);
+  text.assign(bytes.begin(), bytes.end());
+  return read;
 }
 
 // ---------------------------------------------------------------------------
@@ -399,7 +323,7 @@ std::string Serialize(const RegistryText& file, std::string_view keyPath) {
 
 std::optional<Entry> ReadEntry(const fs::path& file, const std::string& section, const std::string& name) {
   std::string text;
-  if (ReadWholeFile(file, text) != FileRead::kOk) return std::nullopt;
+  if (ReadText(file, text) != FileRead::kOk) return std::nullopt;
   RegistryText parsed = Parse(text);
   Key* key = FindKey(parsed, section);
   if (key == nullptr) return std::nullopt;
@@ -416,13 +340,13 @@ void WriteEntry(PreferenceTree tree, const fs::path& file, const std::string& se
   fs::create_directories(file.parent_path(), error);
   fs::path lockPath = file;
   lockPath += ".lock";
-  UniqueFd lock(open(lockPath.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666));
+  FileDescriptor lock(open(lockPath.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666));
   if (lock.Get() < 0) return;
   while (flock(lock.Get(), LOCK_EX) != 0) {
     if (errno != EINTR) return;
   }
   std::string text;
-  const FileRead read = ReadWholeFile(file, text);
+  const FileRead read = ReadText(file, text);
   // A file that exists but can't be read is left alone rather than replaced.
   if (read == FileRead::kFailed) return;
   RegistryText parsed = Parse(text);
@@ -438,7 +362,8 @@ void WriteEntry(PreferenceTree tree, const fs::path& file, const std::string& se
   } else {
     key->entries.push_back(std::move(value));
   }
-  ReplaceFile(file, Serialize(parsed, FileOf(tree).keyPath));
+  const std::string serialized = Serialize(parsed, FileOf(tree).keyPath);
+  WriteFileAtomic(file.string(), std::span(reinterpret_cast<const uint8_t*>(serialized.data()), serialized.size()));
   // The lock goes with the descriptor.
 }
 
@@ -542,7 +467,7 @@ std::vector<PreferenceValue> PreferenceStore::Values(const std::string& section)
   return Guarded(std::vector<PreferenceValue>(), [&] {
     std::vector<PreferenceValue> values;
     std::string text;
-    if (ReadWholeFile(FilePath(), text) != FileRead::kOk) return values;
+    if (ReadText(FilePath(), text) != FileRead::kOk) return values;
     RegistryText parsed = Parse(text);
     Key* key = FindKey(parsed, section);
     if (key == nullptr) return values;
