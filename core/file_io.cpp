@@ -1,5 +1,6 @@
 #include "core/file_io.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <climits>
@@ -48,16 +49,14 @@ FileRead ReadWholeFile(const std::string& path, std::vector<uint8_t>& bytes, siz
   bytes.resize(static_cast<size_t>(info.st_size));
   size_t done = 0;
   while (true) {
-    if (done == bytes.size()) {
-      // The file grew since fstat.
-      if (bytes.size() >= maxSize) return Fail(error, EFBIG), FileRead::kFailed;
-      bytes.resize(std::min(maxSize, bytes.size() + 65536));
-    }
+    // At the expected end one more read tells whether the file grew since fstat.
+    if (done == bytes.size()) bytes.resize(done + (done < maxSize ? std::min<size_t>(maxSize - done, 65536) : 1));
     const ssize_t got = read(fd.Get(), bytes.data() + done, bytes.size() - done);
     if (got < 0 && errno == EINTR) continue;
     if (got < 0) return Fail(error, errno), FileRead::kFailed;
     if (got == 0) break;
     done += static_cast<size_t>(got);
+    if (done > maxSize) return Fail(error, EFBIG), FileRead::kFailed;
   }
   bytes.resize(done);
   return FileRead::kOk;

@@ -1,0 +1,120 @@
+// The fennick program as a user runs it.
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <cstdio>
+#include <fstream>
+#include <sstream>
+
+#include "tests/test_support.h"
+
+namespace fennick {
+namespace {
+
+struct Outcome {
+  int status = -1;
+  std::string out;
+  std::string err;
+};
+
+class CliTest : public ::testing::Test {
+ protected:
+  test::ScratchFolder folder;
+  const std::string sample = std::string(FENNICK_TEST_DATA) + "/geometric_objects.dst";
+
+  Outcome Run(const std::string& arguments) {
+    const std::string errFile = folder.File("stderr.txt");
+    const std::string command = "cd '" + folder.Path().string() + "' && " FENNICK_CLI " " + arguments + " 2>'" +
+                                errFile + "'";
+    Outcome outcome;
+    FILE* pipe = popen(command.c_str(), "r");
+    char buffer[4096];
+    for (size_t got; (got = fread(buffer, 1, sizeof buffer, pipe)) > 0;) outcome.out.append(buffer, got);
+    const int status = pclose(pipe);
+    outcome.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    std::ifstream err(errFile);
+    std::stringstream text;
+    text << err.rdbuf();
+    outcome.err = text.str();
+    return outcome;
+  }
+};
+
+TEST_F(CliTest, InfoShowsTheDesign) {
+  const Outcome outcome = Run("info '" + sample + "'");
+  EXPECT_EQ(outcome.status, 0) << outcome.err;
+  EXPECT_NE(outcome.out.find("format:   DST"), std::string::npos) << outcome.out;
+  EXPECT_NE(outcome.out.find("size:     8.23 cm x 8.48 cm"), std::string::npos) << outcome.out;
+  EXPECT_NE(outcome.out.find("colours:  4 (default palette)"), std::string::npos);
+  EXPECT_NE(outcome.out.find("Light Green"), std::string::npos);
+}
+
+TEST_F(CliTest, DumpFollowsTheSchema) {
+  const Outcome outcome = Run("dump '" + sample + "'");
+  ASSERT_EQ(outcome.status, 0) << outcome.err;
+  const std::string& json = outcome.out;
+  for (const char* part : {"\"schema\":\"emb-dump/1\"", "\"tool\":\"fennick\"", "\"format\":\"dst\"",
+                           "\"y_axis\":\"up\"", "\"unit\":\"0.1mm\"", "\"has_colors\":false",
+                           "\"block_colors\":[\"#000000\",\"#0000ff\",\"#00ff00\",\"#ff0000\"]",
+                           "\"COLOR_CHANGE\":3}", "\"bounds\":{\"min_x\":-411,"}) {
+    EXPECT_NE(json.find(part), std::string::npos) << part;
+  }
+  // As many block starts as blocks, the first at 0.
+  EXPECT_NE(json.find("\"block_starts\":[0,"), std::string::npos);
+  const size_t stitches = json.find("\"stitches\":[[");
+  EXPECT_NE(stitches, std::string::npos);
+}
+
+TEST_F(CliTest, ConvertWritesTheTargetFormat) {
+  const Outcome outcome = Run("convert '" + sample + "' rose.dst");
+  ASSERT_EQ(outcome.status, 0) << outcome.err;
+  std::ifstream file(folder.File("rose.dst"), std::ios::binary);
+  std::string header(23, '\0');
+  file.read(header.data(), 23);
+  EXPECT_EQ(header, std::string("LA:rose            \rST:"));
+  EXPECT_EQ(Run("info rose.dst").status, 0);
+}
+
+TEST_F(CliTest, BadInputGivesOneLineAndAnExitCode) {
+  folder.Write("empty.dst", {});
+  folder.Write("junk.dst", std::vector<uint8_t>(300, 0x55));
+  const struct {
+    std::string arguments;
+    int status;
+    std::string message;
+  } cases[] = {
+      {"info missing.dst", 1, "fennick: missing.dst: no such file\n"},
+      {"info empty.dst", 1, "fennick: empty.dst: the file is empty\n"},
+      {"info junk.dst", 1, "fennick: junk.dst: holds no stitches (not a DST design?)\n"},
+      {"info notes.abc", 1, "fennick: notes.abc: no reader for the extension \".abc\"\n"},
+      {"convert junk.dst out.dst", 1, "fennick: junk.dst: holds no stitches (not a DST design?)\n"},
+      {"convert '" + sample + "' out.bmp", 2, "fennick: out.bmp: no writer for the extension \".bmp\"\n"},
+      {"dump", 2, "fennick: dump: name exactly one design file\n"},
+      {"frobnicate", 2, "fennick: unknown command \"frobnicate\"\n"},
+  };
+  for (const auto& c : cases) {
+    const Outcome outcome = Run(c.arguments);
+    EXPECT_EQ(outcome.status, c.status) << c.arguments;
+    EXPECT_EQ(outcome.err.substr(0, c.message.size()), c.message) << c.arguments;
+  }
+  EXPECT_FALSE(std::filesystem::exists(folder.File("out.dst")));
+}
+
+TEST_F(CliTest, EveryCommandHasHelp) {
+  for (const char* command : {"info", "dump", "convert", "demo"}) {
+    const Outcome outcome = Run(std::string(command) + " --help");
+    EXPECT_EQ(outcome.status, 0) << command;
+    EXPECT_EQ(outcome.out.rfind(std::string("usage: fennick ") + command, 0), 0u) << outcome.out;
+  }
+}
+
+TEST_F(CliTest, DemoWritesAndReadsBackEveryWritableFormat) {
+  const Outcome outcome = Run("demo --out out");
+  EXPECT_EQ(outcome.status, 0) << outcome.out << outcome.err;
+  EXPECT_NE(outcome.out.find("fennick-demo.dst"), std::string::npos);
+  EXPECT_EQ(outcome.out.find("instead of"), std::string::npos) << outcome.out;
+  EXPECT_TRUE(std::filesystem::exists(folder.File("out/fennick-demo.dst")));
+}
+
+}  // namespace
+}  // namespace fennick

@@ -1,0 +1,149 @@
+#include "core/design_path.h"
+
+#include <gtest/gtest.h>
+
+namespace fennick {
+namespace {
+
+struct PathCase {
+  const char* text;
+  const char* zipFile;
+  const char* directory;
+  const char* fileName;
+  const char* label;
+};
+
+TEST(DesignPath, ParseTakesTheThreeFormsApartAndToStringJoinsThem) {
+  const PathCase cases[] = {
+      {"/home/ann/rose.pes", "", "/home/ann/", "rose.pes", ""},
+      {"/media/usb/rose.pes\tHOOP CARD", "", "/media/usb/", "rose.pes", "HOOP CARD"},
+      {"Zip:/home/ann/flowers.zip:rose/rose01.pes", "/home/ann/flowers.zip", "rose/", "rose01.pes", ""},
+      // The second ":" is searched from index 2 on, past a drive letter's colon.
+      {"Zip:C:/Designs/flowers.zip:rose01.pes", "C:/Designs/flowers.zip", "", "rose01.pes", ""},
+      {"rose.pes", "", "", "rose.pes", ""},
+  };
+  for (const PathCase& c : cases) {
+    const DesignPath path(c.text);
+    EXPECT_EQ(path.GetZipFile(), c.zipFile) << c.text;
+    EXPECT_EQ(path.GetDirectory(), c.directory) << c.text;
+    EXPECT_EQ(path.GetFileName(), c.fileName) << c.text;
+    EXPECT_EQ(path.GetVolumeLabel(), c.label) << c.text;
+    EXPECT_EQ(path.ToString(), c.text);
+  }
+}
+
+TEST(DesignPath, PrefixIsExactAndMayLackItsColon) {
+  // Another case is no prefix: the text is a plain path.
+  const DesignPath lower("zip:/a/b.zip:c.pes");
+  EXPECT_EQ(lower.GetZipFile(), "");
+  EXPECT_EQ(lower.GetDirectory(), "zip:/a/");
+  EXPECT_EQ(lower.GetFileName(), "b.zip:c.pes");
+  // Without the second ":" the whole rest is the ZIP file.
+  const DesignPath bare("Zip:/a/b.zip");
+  EXPECT_EQ(bare.GetZipFile(), "/a/b.zip");
+  EXPECT_EQ(bare.FullName(), "");
+  // An empty label adds no TAB.
+  DesignPath labelled("/a/b.pes");
+  labelled.SetVolumeLabel("");
+  EXPECT_EQ(labelled.ToString(), "/a/b.pes");
+}
+
+TEST(DesignPath, SplitNameIgnoresTheLastCharacter) {
+  DesignPath path;
+  path.SplitName("/designs/old/");
+  EXPECT_EQ(path.GetDirectory(), "/designs/");
+  EXPECT_EQ(path.GetFileName(), "old/");
+}
+
+TEST(DesignPath, ExtensionAndStem) {
+  const struct {
+    const char* name;
+    const char* extension;
+    const char* stem;
+  } cases[] = {{"rose.pes", "pes", "rose"}, {"a.b.dst", "dst", "a.b"}, {".pes", "pes", ""},
+               {"rose.", "", ""},           {"rose", "", ""},           {"r.x.", "x.", "r"}};
+  for (const auto& c : cases) {
+    DesignPath path;
+    path.SetFileName(c.name);
+    EXPECT_EQ(path.GetExtension(), c.extension) << c.name;
+    EXPECT_EQ(path.GetStem(), c.stem) << c.name;
+  }
+}
+
+TEST(DesignPath, ChangeExtension) {
+  const struct {
+    const char* name;
+    const char* extension;
+    const char* result;
+  } cases[] = {{"rose.pes", "", "rose"},         {"rose.pes", ".Txt", "rose.Txt"},
+               {"rose.pes", "dst", "rose.dst"},  {"rose", "pes", "rose.pes"},
+               {".pes", "dst", ".pes.dst"},      {"a.b.c", "d", "a.b.d"}};
+  for (const auto& c : cases) {
+    DesignPath path("/d/x");
+    path.SetFileName(c.name);
+    EXPECT_EQ(path.ChangeExtension(c.extension), c.result) << c.name << " " << c.extension;
+    EXPECT_EQ(path.GetFileName(), c.result);
+  }
+  DesignPath path("/d/rose.PES");
+  EXPECT_TRUE(path.HasExtension(".pes"));
+  EXPECT_TRUE(path.HasExtension("Pes"));
+  EXPECT_FALSE(path.HasExtension("pe"));
+}
+
+TEST(DesignPath, NextVariant) {
+  const struct {
+    const char* name;
+    const char* next;
+  } cases[] = {
+      {"rose.pes", "rose(2).pes"},
+      {"rose(2).pes", "rose(3).pes"},
+      {"rose(9).pes", "rose(10).pes"},
+      {"(5).pes", "(6).pes"},
+      {"rose(2)x.pes", "rose(2)x(2).pes"},
+      // No "(" at all: the cut keeps nothing and the number is read from the start.
+      {"abc).pes", "1).pes"},
+      {"7).pes", "8).pes"},
+  };
+  for (const auto& c : cases) {
+    DesignPath path("/d/x");
+    path.SetFileName(c.name);
+    EXPECT_EQ(path.NextVariant(), c.next) << c.name;
+    EXPECT_EQ(path.GetFileName(), c.next);
+  }
+}
+
+TEST(DesignPath, FolderOperations) {
+  DesignPath path;
+  path.SetDirectory("/home/ann");
+  EXPECT_EQ(path.GetDirectory(), "/home/ann/");
+  path.SetDirectory("/home/ann/");
+  EXPECT_EQ(path.GetDirectory(), "/home/ann/");
+  path.SetDirectory("/designs/old/");
+  path.ChangeFileName("new");
+  EXPECT_EQ(path.GetDirectory(), "/designs/new/");
+}
+
+TEST(DesignPath, LastExtensionAndTitleCase) {
+  DesignPath path;
+  path.SetFileName("a_b.c-d");
+  EXPECT_EQ(path.LastExtension("."), "c-d");
+  EXPECT_EQ(path.LastExtension("._-"), "d");
+  EXPECT_EQ(path.LastExtension("#"), "a_b.c-d");
+  EXPECT_EQ(DesignPath::TitleCase("hello wORLD/my designs"), "Hello World/My Designs");
+  EXPECT_EQ(DesignPath::TitleCase(""), "");
+}
+
+TEST(DesignPath, DriveTypes) {
+  DesignPath path;
+  path.SetDirectory("/no/such/folder/here");
+  EXPECT_EQ(path.GetDriveType(), kDriveNoRootDir);
+  path.SetDirectory("/proc");
+  EXPECT_NE(path.GetDriveType(), kDriveNoRootDir);
+  path.SetDirectory("/dev/shm");
+  if (path.GetDriveType() != kDriveNoRootDir) {
+    EXPECT_EQ(path.GetDriveType(), kDriveRamDisk);
+  }
+}
+
+}  // namespace
+}  // namespace fennick
