@@ -112,7 +112,7 @@ class Design {
   // Cuts moves longer than maxStep in either axis into jumps. `unused` is kept
   // for the callers' sake and has no effect.
   void SplitLongStitches(int32_t maxStep, int32_t unused, bool pureJumps);
-  // A quarter turn, anticlockwise for direction >= 1. The bounds are exchanged,
+  // A quarter turn, clockwise for direction >= 1 (y grows upwards). The bounds are exchanged,
   // not recomputed.
   void RotateQuarter(int32_t direction);
   // Drops leading jumps and empty moves without passing their moves on, then centres.

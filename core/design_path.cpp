@@ -224,25 +224,29 @@ DriveType DesignPath::GetDriveType() const {
 
 bool DesignPath::Execute(const std::string& verb, const std::string& parameters) const {
   const std::string file = FullName();
-  const bool program = verb != "open" && access(file.c_str(), X_OK) == 0;
+  // Everything the child needs is made before fork: a threaded process may
+  // only call async-signal-safe functions between fork and exec.
+  std::vector<std::string> words;
+  if (verb != "open" && access(file.c_str(), X_OK) == 0) {
+    words.push_back(file);
+    std::istringstream split(parameters);
+    for (std::string word; split >> word;) words.push_back(word);
+  } else {
+    words = {"xdg-open", file};
+  }
+  std::vector<char*> argv;
+  for (std::string& word : words) argv.push_back(word.data());
+  argv.push_back(nullptr);
+  const char* folder = directory_.empty() ? nullptr : directory_.c_str();
+
   // Detached: the child forks again and exits, so no zombie is left behind.
   const pid_t child = fork();
   if (child < 0) return false;
   if (child == 0) {
     if (fork() != 0) _exit(0);
     setsid();
-    if (!directory_.empty() && chdir(directory_.c_str()) != 0) _exit(127);
-    if (program) {
-      std::vector<std::string> words{file};
-      std::istringstream split(parameters);
-      for (std::string word; split >> word;) words.push_back(word);
-      std::vector<char*> argv;
-      for (std::string& word : words) argv.push_back(word.data());
-      argv.push_back(nullptr);
-      execv(file.c_str(), argv.data());
-    } else {
-      execlp("xdg-open", "xdg-open", file.c_str(), static_cast<char*>(nullptr));
-    }
+    if (folder != nullptr && chdir(folder) != 0) _exit(127);
+    execvp(argv[0], argv.data());
     _exit(127);
   }
   int status = 0;

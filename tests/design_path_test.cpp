@@ -1,6 +1,13 @@
 #include "core/design_path.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <chrono>
+#include <fstream>
+#include <thread>
+
+#include "tests/test_support.h"
 
 namespace fennick {
 namespace {
@@ -143,6 +150,21 @@ TEST(DesignPath, DriveTypes) {
   if (path.GetDriveType() != kDriveNoRootDir) {
     EXPECT_EQ(path.GetDriveType(), kDriveRamDisk);
   }
+}
+
+TEST(DesignPath, ExecuteStartsAProgramInItsOwnFolderWithItsParameters) {
+  test::ScratchFolder folder;
+  const std::string script = folder.File("tool.sh");
+  std::ofstream(script) << "#!/bin/sh\necho \"$1 $2\" > started.txt\n";
+  chmod(script.c_str(), 0755);
+  ASSERT_TRUE(DesignPath(script).Execute("run", "10 extra"));
+  std::string line;
+  for (int wait = 0; wait < 200 && line.empty(); ++wait) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    std::ifstream started(folder.File("started.txt"));
+    std::getline(started, line);
+  }
+  EXPECT_EQ(line, "10 extra");
 }
 
 }  // namespace
