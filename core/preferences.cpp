@@ -500,33 +500,30 @@ int ReadConversion(const std::string& extension, ConversionSettings& record) {
 
 BasteSettings GetBaste() {
   const PreferenceStore store;
-  const BasteSettings defaults;
-  BasteSettings baste;
-  baste.combine = store.GetInt(kSettingsSection, "Baste combine", defaults.combine);
-  baste.length = store.GetInt(kSettingsSection, "Baste length", defaults.length);
-  baste.cross = store.GetInt(kSettingsSection, "Baste cross", defaults.cross);
-  baste.edge = store.GetInt(kSettingsSection, "Baste edge", defaults.edge);
+  BasteSettings baste;  // starts out with the defaults
+  baste.combine = store.GetInt(kSettingsSection, "Baste combine", baste.combine);
+  baste.length = store.GetInt(kSettingsSection, "Baste length", baste.length);
+  baste.cross = store.GetInt(kSettingsSection, "Baste cross", baste.cross);
+  baste.edge = store.GetInt(kSettingsSection, "Baste edge", baste.edge);
   return baste;
 }
 
 ToolSettings GetToolSettings() {
   const PreferenceStore store;
-  const ToolSettings defaults;
-  ToolSettings tools;
-  tools.keep = store.GetInt(kSettingsSection, "Tools keep", defaults.keep);
-  tools.selected = store.GetInt(kSettingsSection, "Tools selected", defaults.selected);
-  tools.report = store.GetInt(kSettingsSection, "Tools report", defaults.report);
-  tools.format = store.GetString(kSettingsSection, "Tools otf", defaults.format);
+  ToolSettings tools;  // starts out with the defaults
+  tools.keep = store.GetInt(kSettingsSection, "Tools keep", tools.keep);
+  tools.selected = store.GetInt(kSettingsSection, "Tools selected", tools.selected);
+  tools.report = store.GetInt(kSettingsSection, "Tools report", tools.report);
+  tools.format = store.GetString(kSettingsSection, "Tools otf", tools.format);
   return tools;
 }
 
 BitmapSettings GetBitmapSettings() {
   const PreferenceStore store;
-  const BitmapSettings defaults;
-  BitmapSettings bitmap;
-  bitmap.size = store.GetInt(kSettingsSection, "BMP Size", defaults.size);
-  bitmap.make3D = store.GetInt(kSettingsSection, "Make 3D", defaults.make3D);
-  bitmap.outline = store.GetInt(kSettingsSection, "Outline", defaults.outline);
+  BitmapSettings bitmap;  // starts out with the defaults
+  bitmap.size = store.GetInt(kSettingsSection, "BMP Size", bitmap.size);
+  bitmap.make3D = store.GetInt(kSettingsSection, "Make 3D", bitmap.make3D);
+  bitmap.outline = store.GetInt(kSettingsSection, "Outline", bitmap.outline);
   return bitmap;
 }
 
