@@ -1,4 +1,3 @@
-#include <cctype>
 #include <cstdio>
 #include <iostream>
 #include <sys/stat.h>
@@ -7,6 +6,7 @@
 #include "core/design_path.h"
 #include "core/file_io.h"
 #include "core/format_table.h"
+#include "core/text.h"
 
 namespace fennick::cli {
 
@@ -15,9 +15,7 @@ void ReportError(const std::string& subject, const std::string& cause) {
 }
 
 std::string LowerExtension(const std::string& path) {
-  std::string extension = DesignPath(path).GetExtension();
-  for (char& c : extension) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  return extension;
+  return AsciiLower(DesignPath(path).GetExtension());
 }
 
 std::string HexColor(uint32_t rgb) {

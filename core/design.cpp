@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
-#include <strings.h>
 
 #include "core/design_path.h"
+#include "core/text.h"
 
 namespace fennick {
 namespace {
@@ -330,7 +330,7 @@ void Design::AssignColorGroups() {
     ThreadColor& thread = threads[i];
     thread.colorGroup = counter;
     for (size_t j = 0; j < i; ++j) {
-      if (threads[j].rgb == thread.rgb && strcasecmp(threads[j].brand.c_str(), thread.brand.c_str()) == 0) {
+      if (threads[j].rgb == thread.rgb && EqualsIgnoringCase(threads[j].brand, thread.brand)) {
         thread.colorGroup = threads[j].colorGroup;
         --counter;
         break;
@@ -341,8 +341,7 @@ void Design::AssignColorGroups() {
 }
 
 void Design::ReclassifyJumps() {
-  std::string extension = DesignPath(name).GetExtension();
-  for (char& c : extension) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  const std::string extension = AsciiLower(DesignPath(name).GetExtension());
   // "phdc", not "phd": a file ending in phd is not exempt.
   for (const char* exempt : {"pec", "pes", "phc", "phb", "phdc"}) {
     if (extension == exempt) return;

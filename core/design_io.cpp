@@ -1,12 +1,11 @@
 // ReadDesignFile and WriteDesignFile: the dispatch over the format table.
-#include <cctype>
 #include <exception>
-#include <strings.h>
 
 #include "core/design_path.h"
 #include "core/file_io.h"
 #include "core/format_table.h"
 #include "core/preferences.h"
+#include "core/text.h"
 
 namespace fennick {
 namespace {
@@ -21,15 +20,10 @@ void RememberLastFile(const std::string& fileName) {
   }
 }
 
-std::string Lower(std::string text) {
-  for (char& c : text) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  return text;
-}
-
 }  // namespace
 
 int ReadDesignFile(Design& design, const std::string& path) {
-  if (strcasecmp(design.name.c_str(), path.c_str()) == 0) return 0;  // already loaded
+  if (EqualsIgnoringCase(design.name, path)) return 0;  // already loaded
   const DesignPath location(path);
   design.name = path;
   RememberLastFile(location.FullName());
@@ -72,7 +66,7 @@ size_t WriteDesignFile(Design& design, std::vector<uint8_t>& out, int forcedForm
   const bool sourceIsDesign = source >= 0 && source != kFormatBmp && source != kFormatTxt;
   const FormatEntry* format = target >= kFormatPes && target <= kFormatVip ? FindFormat(target) : nullptr;
   if (sourceIsDesign && format != nullptr && format->write != nullptr) {
-    location.ChangeExtension(Lower(format->extension));
+    location.ChangeExtension(AsciiLower(format->extension));
     if (format->write(design, out) != 0) out.clear();
   }
   design.name = location.ToString();

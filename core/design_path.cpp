@@ -1,10 +1,9 @@
 #include "core/design_path.h"
+#include "core/text.h"
 
-#include <cctype>
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
-#include <strings.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -153,7 +152,7 @@ std::string DesignPath::ChangeExtension(const std::string& ext) {
 
 bool DesignPath::HasExtension(const std::string& ext) const {
   const std::string wanted = !ext.empty() && ext.front() == '.' ? ext.substr(1) : ext;
-  return strcasecmp(wanted.c_str(), GetExtension().c_str()) == 0;
+  return EqualsIgnoringCase(wanted, GetExtension());
 }
 
 void DesignPath::ChangeFileName(const std::string& name) {
@@ -258,8 +257,7 @@ std::string DesignPath::TitleCase(const std::string& text) {
   std::string result = text;
   bool startOfWord = true;
   for (char& c : result) {
-    const auto byte = static_cast<unsigned char>(c);
-    c = static_cast<char>(startOfWord ? std::toupper(byte) : std::tolower(byte));
+    c = startOfWord ? AsciiUpper(c) : AsciiLower(c);
     startOfWord = c == ' ' || c == kSeparator;
   }
   return result;

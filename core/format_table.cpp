@@ -1,10 +1,9 @@
 #include "core/format_table.h"
 
 #include <array>
-#include <cctype>
-#include <strings.h>
 
 #include "core/design_path.h"
+#include "core/text.h"
 #include "formats/dst.h"
 
 namespace fennick {
@@ -61,7 +60,7 @@ std::string FormatExtension(int code) {
 
 FormatCode FormatFromExtension(const std::string& extension) {
   for (const FormatEntry& entry : kFormats) {
-    if (strcasecmp(entry.extension, extension.c_str()) == 0) return entry.code;
+    if (EqualsIgnoringCase(entry.extension, extension)) return entry.code;
   }
   return kFormatUnknown;
 }
@@ -71,10 +70,7 @@ FormatCode WritableFormatFromPath(const std::string& path, std::string* extensio
   const bool writable = code >= kFormatPes && code <= kFormatVip;
   if (extension != nullptr) {
     *extension = "pes";
-    if (writable) {
-      *extension = FormatExtension(code);
-      for (char& c : *extension) c = static_cast<char>(tolower(static_cast<unsigned char>(c)));
-    }
+    if (writable) *extension = AsciiLower(FormatExtension(code));
   }
   return writable ? code : kFormatUnknown;
 }

@@ -15,6 +15,7 @@
 
 #include "core/file_io.h"
 #include "core/format_table.h"
+#include "core/text.h"
 
 namespace fennick {
 namespace {
@@ -110,16 +111,6 @@ FileRead ReadText(const fs::path& file, std::string& text) {
 // ---------------------------------------------------------------------------
 // The text form: a header, the tree's own values, then "[Sub\Key]" sections.
 
-char FoldCase(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
-
-bool SameName(std::string_view a, std::string_view b) {
-  if (a.size() != b.size()) return false;
-  for (size_t i = 0; i < a.size(); ++i) {
-    if (FoldCase(a[i]) != FoldCase(b[i])) return false;
-  }
-  return true;
-}
-
 struct Entry {
   enum class Kind { kNumber, kText, kOther };
   std::string name;
@@ -142,14 +133,14 @@ struct RegistryText {
 
 Key* FindKey(RegistryText& file, std::string_view name) {
   for (Key& key : file.keys) {
-    if (SameName(key.name, name)) return &key;
+    if (EqualsIgnoringCase(key.name, name)) return &key;
   }
   return nullptr;
 }
 
 Entry* FindEntry(Key& key, std::string_view name) {
   for (Entry& entry : key.entries) {
-    if (SameName(entry.name, name)) return &entry;
+    if (EqualsIgnoringCase(entry.name, name)) return &entry;
   }
   return nullptr;
 }
@@ -188,7 +179,7 @@ std::optional<uint32_t> ParseDword(std::string_view digits) {
   if (digits.size() != 8) return std::nullopt;
   uint32_t value = 0;
   for (const char c : digits) {
-    const char lower = FoldCase(c);
+    const char lower = AsciiLower(c);
     uint32_t digit = 0;
     if (lower >= '0' && lower <= '9') {
       digit = static_cast<uint32_t>(lower - '0');
