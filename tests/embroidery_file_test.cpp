@@ -10,6 +10,8 @@
 #include <tuple>
 #include <vector>
 
+#include "tests/test_support.h"
+
 namespace fennick {
 namespace {
 
@@ -58,10 +60,7 @@ Design SmallDesign() {
   design.threads = {Thread("Scarlet", {"Madeira", "Rayon 40", "1147", "Scarlet"}, 0x112233, 5, 3, 7650),
                     Thread("White", {"", "", "", "White"}, 0xABCDEF, -1, 2, 7520)};
   design.threads[1].startX = 44;  // not part of the block
-  for (auto [dx, dy, flags] : std::vector<std::array<int32_t, 3>>{
-           {-10, 5, 2}, {20, -3, 0}, {15, 0, 0}, {0, 0, 1}, {-5, 300, 0}, {0, -2, 0}}) {
-    design.stitches.PushBack(dx, dy, static_cast<uint32_t>(flags));
-  }
+  test::SetNodes(design, {{-10, 5, 2}, {20, -3, 0}, {15, 0, 0}, {0, 0, 1}, {-5, 300, 0}, {0, -2, 0}});
   return design;
 }
 
@@ -85,12 +84,6 @@ std::vector<uint8_t> SmallDesignBlock() {
 auto BlockFields(const ThreadColor& t) {
   return std::tuple(t.rgb, t.chartIndex, t.stitchCount, t.threadLength, t.colorName, t.chart, t.brand,
                     t.catalogNumber, t.description);
-}
-
-std::vector<std::array<int32_t, 3>> Moves(const Design& design) {
-  std::vector<std::array<int32_t, 3>> moves;
-  for (const StitchNode& node : design.stitches) moves.push_back({node.dx, node.dy, static_cast<int32_t>(node.flags)});
-  return moves;
 }
 
 // Both words, an empty name and zero bounds: 25 bytes.
@@ -138,7 +131,7 @@ TEST(EmbroideryFile, ParsingRefillsThreadsAndStitchesOnly) {
   EXPECT_EQ(parsed.formatVersion, 9);
   EXPECT_EQ(parsed.hoopWidth, 130);
   EXPECT_EQ(parsed.notes, kSmallTrailer);
-  EXPECT_EQ(Moves(parsed), Moves(original));
+  EXPECT_EQ(test::Nodes(parsed), test::Nodes(original));
   ASSERT_EQ(parsed.threads.size(), 2u);
   EXPECT_EQ(BlockFields(parsed.threads[0]), BlockFields(original.threads[0]));
   EXPECT_EQ(BlockFields(parsed.threads[1]), BlockFields(original.threads[1]));
@@ -194,9 +187,11 @@ TEST(EmbroideryFile, MovesKeepTheirLow16BitsAndFlagsTheirLowBits) {
   for (const auto& c : cases) design.stitches.PushBack(c[0], -c[0], static_cast<uint32_t>(c[1]));
   Design parsed;
   DecodeEmbroideryFile(parsed, EncodeEmbroideryFile(design));
-  std::vector<std::array<int32_t, 3>> expected;
-  for (const auto& c : cases) expected.push_back({c[2], static_cast<int16_t>(-c[0]), c[3]});
-  EXPECT_EQ(Moves(parsed), expected);
+  std::vector<test::Node> expected;
+  for (const auto& c : cases) {
+    expected.emplace_back(c[2], static_cast<int16_t>(-c[0]), static_cast<uint32_t>(c[3]));
+  }
+  EXPECT_EQ(test::Nodes(parsed), expected);
 }
 
 TEST(EmbroideryFile, SourceFormatComesFromExtensionAndVersion) {

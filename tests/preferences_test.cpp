@@ -11,26 +11,16 @@
 #include <functional>
 #include <sstream>
 
+#include "tests/test_support.h"
+
 namespace fennick {
 namespace {
 
 namespace fs = std::filesystem;
 using namespace std::string_literals;
 
-// Points the store at a fresh folder per test; the variables stay changed for
-// the rest of this test program, which touches no real settings.
 class PreferencesTest : public ::testing::Test {
  protected:
-  void SetUp() override {
-    std::string pattern = (fs::temp_directory_path() / "fennick-prefs-XXXXXX").string();
-    ASSERT_NE(mkdtemp(pattern.data()), nullptr);
-    root_ = pattern;
-    setenv("HOME", root_.c_str(), 1);
-    setenv("XDG_CONFIG_HOME", (root_ / "config").c_str(), 1);
-    setenv("XDG_CONFIG_DIRS", ((root_ / "etc1").string() + ":" + (root_ / "etc2").string()).c_str(), 1);
-  }
-  void TearDown() override { fs::remove_all(root_); }
-
   fs::path MainFile() const { return root_ / "config" / "selvane" / "Brindlemoor.reg"; }
 
   static void WriteFile(const fs::path& path, const std::string& text) {
@@ -43,7 +33,8 @@ class PreferencesTest : public ::testing::Test {
     return text.str();
   }
 
-  fs::path root_;
+  test::ScratchFolder folder_;
+  const fs::path root_ = folder_.Path();
 };
 
 constexpr const char* kHeader =

@@ -18,18 +18,25 @@ ScratchFolder::ScratchFolder() {
   std::string pattern = (std::filesystem::temp_directory_path() / "fennick-test-XXXXXX").string();
   if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no scratch folder");
   path_ = pattern;
-  if (const char* old = std::getenv("XDG_CONFIG_HOME")) {
-    hadConfigHome_ = true;
-    oldConfigHome_ = old;
+  const std::pair<const char*, std::string> environment[] = {
+      {"HOME", path_.string()},
+      {"XDG_CONFIG_HOME", (path_ / "config").string()},
+      {"XDG_CONFIG_DIRS", (path_ / "etc1").string() + ":" + (path_ / "etc2").string()},
+  };
+  for (const auto& [name, value] : environment) {
+    const char* old = std::getenv(name);
+    savedEnvironment_.emplace_back(name, old != nullptr ? std::optional<std::string>(old) : std::nullopt);
+    setenv(name, value.c_str(), 1);
   }
-  setenv("XDG_CONFIG_HOME", (path_ / "config").c_str(), 1);
 }
 
 ScratchFolder::~ScratchFolder() {
-  if (hadConfigHome_) {
-    setenv("XDG_CONFIG_HOME", oldConfigHome_.c_str(), 1);
-  } else {
-    unsetenv("XDG_CONFIG_HOME");
+  for (const auto& [name, old] : savedEnvironment_) {
+    if (old) {
+      setenv(name.c_str(), old->c_str(), 1);
+    } else {
+      unsetenv(name.c_str());
+    }
   }
   std::error_code ignored;
   std::filesystem::remove_all(path_, ignored);

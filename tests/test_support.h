@@ -4,8 +4,10 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <tuple>
+#include <utility>
 #include <vector>
 
 #include "core/design.h"
@@ -33,8 +35,9 @@ inline std::vector<uint8_t> AsReaderInput(std::vector<uint8_t> bytes) {
 
 std::vector<uint8_t> ReadTestFile(const std::string& name);  // from tests/data
 
-// A fresh folder under the system's temporary folder, removed at the end; it
-// also becomes $XDG_CONFIG_HOME, so that preferences start empty.
+// A fresh folder under the system's temporary folder, removed at the end. For
+// its lifetime it is $HOME, $XDG_CONFIG_HOME is its "config" and
+// $XDG_CONFIG_DIRS its "etc1" and "etc2", so that preferences start empty.
 class ScratchFolder {
  public:
   ScratchFolder();
@@ -47,8 +50,7 @@ class ScratchFolder {
 
  private:
   std::filesystem::path path_;
-  std::string oldConfigHome_;
-  bool hadConfigHome_ = false;
+  std::vector<std::pair<std::string, std::optional<std::string>>> savedEnvironment_;
 };
 
 }  // namespace fennick::test
