@@ -21,6 +21,7 @@ int RunInfo(const Arguments& arguments);
 int RunDump(const Arguments& arguments);
 int RunConvert(const Arguments& arguments);
 int RunDemo(const Arguments& arguments);
+int RunNotes(const Arguments& arguments);
 
 // Reads a design through ReadDesignFile; on failure prints one line naming the
 // file and the cause and returns false.

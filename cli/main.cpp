@@ -18,6 +18,10 @@ constexpr Command kCommands[] = {
      fennick::cli::RunDump},
     {"convert", "fennick convert IN OUT",
      "Reads IN and writes OUT in the format of OUT's extension.", fennick::cli::RunConvert},
+    {"notes", "fennick notes IN [OUT.txt]",
+     "Writes the design's notes: name, size, date and each thread's stitches and length, in\n"
+     "yards and inches when the \"English\" preference is set. Without OUT they go to standard output.",
+     fennick::cli::RunNotes},
     {"demo", "fennick demo [--out DIR]",
      "Builds a sample design in code, writes it in every writable format into DIR (default\n"
      "./demo-out), reads each file back and prints a table of the results.",

@@ -1,6 +1,8 @@
-// Case rules of names and extensions: plain ASCII, the same in every locale.
+// Text rules shared by the system: ASCII case of names and extensions, the
+// same in every locale, and printf-style formatting of the texts it shows.
 #pragma once
 
+#include <cstdio>
 #include <string>
 #include <string_view>
 
@@ -21,6 +23,21 @@ inline bool EqualsIgnoringCase(std::string_view a, std::string_view b) {
     if (AsciiLower(a[i]) != AsciiLower(b[i])) return false;
   }
   return true;
+}
+
+// printf-style formatting into a string; the formats are the system's own.
+template <typename... Args>
+std::string FormatText(const char* format, Args... args) {
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-security"
+#pragma GCC diagnostic ignored "-Wformat-nonliteral"
+  const int length = std::snprintf(nullptr, 0, format, args...);
+  if (length <= 0) return {};
+  std::string text(static_cast<size_t>(length) + 1, '\0');
+  std::snprintf(text.data(), text.size(), format, args...);
+#pragma GCC diagnostic pop
+  text.resize(static_cast<size_t>(length));
+  return text;
 }
 
 }  // namespace fennick

@@ -1,23 +1,15 @@
 #include "tools/size_text.h"
 
 #include <cmath>
-#include <cstdio>
 #include <cstdlib>
+
+#include "core/text.h"
 
 namespace fennick {
 namespace {
 
 constexpr double kCentimetresPerUnit = 0.01;
 constexpr double kInchesPerUnit = 0.00390625;  // 1/256 on purpose
-
-template <typename... Args>
-std::string Format(const char* format, Args... args) {
-  const int length = std::snprintf(nullptr, 0, format, args...);
-  std::string text(static_cast<size_t>(length) + 1, '\0');
-  std::snprintf(text.data(), text.size(), format, args...);
-  text.resize(static_cast<size_t>(length));
-  return text;
-}
 
 }  // namespace
 
@@ -29,7 +21,7 @@ std::string InchText(double inches) {
   double whole = inches <= 0 ? std::ceil(inches) : std::floor(inches);
   const double fraction = inches - whole;
   if (whole == 0) whole = 0;  // no "-0"; the sign is put first below
-  std::string text = Format("%-2.0f", whole);
+  std::string text = FormatText("%-2.0f", whole);
   if (whole == 0 && fraction < 0) text = "-" + text;
   const int sixteenth = static_cast<int>(std::fabs(fraction) * 16);
   if (sixteenth != 0 || whole == 0) text += kSixteenths[sixteenth & 15];
@@ -42,12 +34,12 @@ std::string SizeText(const Design& design, bool inches, bool withStitches) {
   const long long stitches = design.DisplayedStitchCount();
   if (!inches) {
     const double w = width * kCentimetresPerUnit, h = height * kCentimetresPerUnit;
-    return withStitches ? Format("%-4.2f cm x %-4.2f cm : %lld Stitches", w, h, stitches)
-                        : Format("%-4.2f cm x %-4.2f cm", w, h);
+    return withStitches ? FormatText("%-4.2f cm x %-4.2f cm : %lld Stitches", w, h, stitches)
+                        : FormatText("%-4.2f cm x %-4.2f cm", w, h);
   }
   const std::string w = InchText(width * kInchesPerUnit), h = InchText(height * kInchesPerUnit);
-  return withStitches ? Format("%s\" x %s\" : %lld Stitches", h.c_str(), w.c_str(), stitches)
-                      : Format("%s\" x %s\"", h.c_str(), w.c_str());
+  return withStitches ? FormatText("%s\" x %s\" : %lld Stitches", h.c_str(), w.c_str(), stitches)
+                      : FormatText("%s\" x %s\"", h.c_str(), w.c_str());
 }
 
 }  // namespace fennick

@@ -1,0 +1,81 @@
+#include "tools/design_notes.h"
+
+#include <gtest/gtest.h>
+
+#include "tools/size_text.h"
+
+#include "tests/test_support.h"
+
+namespace fennick {
+namespace {
+
+TEST(InchText, WholePartsAndSixteenths) {
+  const struct {
+    double inches;
+    const char* text;
+  } cases[] = {
+      {1.0, "1 "},  // "%-2.0f" pads a single digit; with no fraction nothing follows
+      {2.375, "2 (3/8)"},
+      {0.5, "0 (1/2)"},
+      {0.0, "0 (0)"},   // a zero whole part always shows its fraction
+      {-0.25, "-0 (1/4)"},  // the sign goes first when the whole part is 0
+      {-1.5, "-1(1/2)"},    // rounded towards zero: -1 and a half
+      {12.0625, "12(1/16)"},
+      {3.99, "3 (15/16)"},
+  };
+  for (const auto& c : cases) EXPECT_EQ(InchText(c.inches), c.text) << c.inches;
+}
+
+TEST(SizeText, CentimetresWidthFirstInchesHeightFirst) {
+  Design design;
+  design.minX = -100;
+  design.maxX = 156;  // 256 units: one inch by the 1/256 measure
+  design.minY = -50;
+  design.maxY = 50;
+  design.threads.resize(2);
+  test::SetNodes(design, {{1, 0, 0}, {0, 0, STITCH_COLORSTOP}, {0, 1, STITCH_JUMP}, {1, 1, 0}});
+  EXPECT_EQ(SizeText(design, false, false), "2.56 cm x 1.00 cm");
+  // Jump and stop nodes count, less the threads, plus one.
+  EXPECT_EQ(SizeText(design, false, true), "2.56 cm x 1.00 cm : 3 Stitches");
+  // 100 units is 0.390625 in: six sixteenths, cut.
+  EXPECT_EQ(SizeText(design, true, false), "0 (3/8)\" x 1 \"");
+  EXPECT_EQ(SizeText(design, true, true), "0 (3/8)\" x 1 \" : 3 Stitches");
+}
+
+TEST(DesignNotes, NameSizeDateThenOneParagraphPerThread) {
+  Design design;
+  design.name = "/designs/rose.pes";
+  design.minX = 0;
+  design.maxX = 256;
+  design.minY = 0;
+  design.maxY = 512;
+  test::SetNodes(design, {{1, 0, 0}, {0, 0, STITCH_COLORSTOP}, {1, 1, 0}});
+  design.threads.resize(2);
+  design.threads[0].colorName = "Red";
+  design.threads[0].stitchCount = 1;
+  design.threads[0].threadLength = 10000;  // one metre; 1.0936 yd
+  design.threads[1].colorName = "Sky Blue";
+  design.threads[1].stitchCount = 2;
+  design.threads[1].threadLength = 1449;  // 0.1449 m; 0.1585 yd
+  EXPECT_EQ(DesignNotes(design, false, "11/21/26", "MATCHES"),
+            "/designs/rose.pes\r\n2.56 cm x 5.12 cm : 2 Stitches\r\n11/21/26\r\n\r\n"
+            "1: Red, 1 st. 1.0 m.\r\n\r\n2: Sky Blue, 2 st. 0.1 m.\r\n\r\n\r\nMATCHES");
+  EXPECT_EQ(DesignNotes(design, true, "01/02/03", ""),
+            "/designs/rose.pes\r\n2 \" x 1 \" : 2 Stitches\r\n01/02/03\r\n\r\n"
+            "1: Red, 1 st. 1.1 yd.\r\n\r\n2: Sky Blue, 2 st. 0.2 yd.\r\n\r\n\r\n");
+  design.threads.clear();
+  EXPECT_EQ(DesignNotes(design, false, "11/21/26", ""),
+            "/designs/rose.pes\r\n2.56 cm x 5.12 cm : 4 Stitches\r\n11/21/26\r\n\r\n\r\n");
+}
+
+TEST(DesignNotes, ShortDateIsMonthDayYear) {
+  std::tm date{};
+  date.tm_year = 2026 - 1900;
+  date.tm_mon = 0;
+  date.tm_mday = 5;
+  date.tm_hour = 12;
+  EXPECT_EQ(ShortDateText(std::mktime(&date)), "01/05/26");
+}
+
+}  // namespace
+}  // namespace fennick
