@@ -81,10 +81,6 @@ constexpr PaletteEntry kDefaultPalette[] = {
     {43, "Dark Brown", 115, 40, 0},
 };
 
-constexpr uint32_t Rgb(uint8_t r, uint8_t g, uint8_t b) {
-  return static_cast<uint32_t>(r) | static_cast<uint32_t>(g) << 8 | static_cast<uint32_t>(b) << 16;
-}
-
 }  // namespace
 
 Design& Design::operator=(const Design& other) {
@@ -441,11 +437,11 @@ void ThreadColor::AnalyseColor() {
 ThreadColor DefaultPaletteColor(int index) {
   ThreadColor thread;
   thread.colorName = "Light Gray";
-  thread.rgb = Rgb(192, 192, 192);
+  thread.rgb = ColorRef(192, 192, 192);
   for (const PaletteEntry& entry : kDefaultPalette) {
     if (entry.index == index) {
       thread.colorName = entry.name;
-      thread.rgb = Rgb(entry.r, entry.g, entry.b);
+      thread.rgb = ColorRef(entry.r, entry.g, entry.b);
       break;
     }
   }

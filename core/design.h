@@ -33,6 +33,11 @@ enum ColorAnalysisSlot {
   kRgbSum = 7,
 };
 
+// A colour as threads keep it: 0x00BBGGRR.
+constexpr uint32_t ColorRef(uint8_t r, uint8_t g, uint8_t b) {
+  return static_cast<uint32_t>(r) | static_cast<uint32_t>(g) << 8 | static_cast<uint32_t>(b) << 16;
+}
+
 struct ThreadColor {
   uint32_t rgb = 0;  // 0x00BBGGRR, red in the low byte
   std::string description;

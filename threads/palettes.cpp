@@ -77,10 +77,6 @@ Channels Split(uint32_t rgb) {
   return {static_cast<uint8_t>(rgb), static_cast<uint8_t>(rgb >> 8), static_cast<uint8_t>(rgb >> 16)};
 }
 
-uint32_t Pack(uint8_t r, uint8_t g, uint8_t b) {
-  return static_cast<uint32_t>(r) | static_cast<uint32_t>(g) << 8 | static_cast<uint32_t>(b) << 16;
-}
-
 int Distance(const Channels& c, int r, int g, int b) {
   return std::abs(c.r - r) + std::abs(c.g - g) + std::abs(c.b - b);
 }
@@ -109,7 +105,7 @@ const PecEntry& PecEntryAt(int index) {
 }
 
 void SetColor(ThreadColor& thread, const PaletteEntry& entry) {
-  thread.rgb = Pack(entry.r, entry.g, entry.b);
+  thread.rgb = ColorRef(entry.r, entry.g, entry.b);
   thread.colorName = entry.name;
 }
 
@@ -120,7 +116,7 @@ uint32_t PecColorRgb(int index, uint8_t& r, uint8_t& g, uint8_t& b) {
   r = entry.r;
   g = entry.g;
   b = entry.b;
-  return Pack(r, g, b);
+  return ColorRef(r, g, b);
 }
 
 std::string_view PecColorName(int index) { return PecEntryAt(index).name; }
