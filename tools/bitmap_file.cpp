@@ -36,23 +36,36 @@ std::vector<uint8_t> BmpFileImage(const StitchBitmap& bitmap) {
   return file;
 }
 
-int MakeBitmap(Design* design, std::vector<uint8_t>& file) {
-  if (design == nullptr) return -1;
+BitmapOptions BitmapOptionsFromPreferences() {
   const BitmapSettings settings = GetBitmapSettings();
-  DesignRenderer renderer;
-  if (renderer.bitmap.Create(settings.size, settings.size) != 0) return -1;
-  renderer.design = design;
-  renderer.showJumps = false;
-  renderer.shaded = settings.make3D != 0;
+  BitmapOptions options;
+  options.size = settings.size;
+  options.shaded = settings.make3D != 0;
+  options.outline = settings.outline != 0;
+  return options;
+}
+
+bool RenderBitmap(Design& design, const BitmapOptions& options, DesignRenderer& renderer) {
+  if (renderer.bitmap.Create(options.size, options.size) != 0) return false;
+  renderer.design = &design;
+  renderer.showJumps = options.showJumps;
+  renderer.shaded = options.shaded;
   renderer.showMarkers = false;
-  renderer.thick = settings.make3D != 0;
-  renderer.flipY = false;
-  renderer.bitmap.background = 0xFFFFFF;
-  if (settings.outline != 0) {
+  renderer.thick = options.shaded;
+  renderer.flipY = options.flipY;
+  renderer.bitmap.background = options.background;
+  if (options.outline) {
     renderer.RenderOutline();
   } else {
     renderer.Render(-1);
   }
+  return true;
+}
+
+int MakeBitmap(Design* design, std::vector<uint8_t>& file) {
+  if (design == nullptr) return -1;
+  DesignRenderer renderer;
+  if (!RenderBitmap(*design, BitmapOptionsFromPreferences(), renderer)) return -1;
   file = BmpFileImage(renderer.bitmap);
   return 0;
 }

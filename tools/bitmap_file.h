@@ -6,15 +6,30 @@
 #include <vector>
 
 #include "core/design.h"
-#include "tools/render/stitch_bitmap.h"
+#include "tools/render/design_renderer.h"
 
 namespace fennick {
+
+// How a design is drawn into a picture of its own.
+struct BitmapOptions {
+  int32_t size = 400;  // edge of the square, in pixels
+  bool shaded = true;  // the 3-D look, drawn thick
+  bool outline = false;  // the outline alone; wins over `shaded`
+  bool showJumps = false;
+  bool flipY = false;  // true for pictures stored from the top row down
+  uint32_t background = 0xFFFFFF;  // 0x00RRGGBB
+};
+
+// "BMP Size", "Make 3D" and "Outline" of the "Settings" preferences.
+BitmapOptions BitmapOptionsFromPreferences();
+// Draws the design into `renderer.bitmap`; false when no bitmap of that size
+// can be had.
+bool RenderBitmap(Design& design, const BitmapOptions& options, DesignRenderer& renderer);
 
 // The file's bytes: a 14-byte file header, a 40-byte info header, a spare
 // zero word, then the pixels as they lie in memory, first row first.
 std::vector<uint8_t> BmpFileImage(const StitchBitmap& bitmap);
-// Renders `design` at "BMP Size" square on white, shaded and thick with
-// "Make 3D", or as its outline with "Outline" (which wins), and fills `file`.
+// Renders `design` with the preference options on white and fills `file`.
 // -1 for a null design or a size no bitmap can have; 0 on success.
 int MakeBitmap(Design* design, std::vector<uint8_t>& file);
 
