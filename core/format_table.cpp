@@ -5,6 +5,7 @@
 #include "core/design_path.h"
 #include "core/text.h"
 #include "formats/dst.h"
+#include "formats/ph.h"
 
 namespace fennick {
 namespace {
@@ -19,12 +20,12 @@ constexpr std::array<FormatEntry, 17> kFormats{{
     {kFormatXxx, "XXX", nullptr, nullptr},
     {kFormatExp, "EXP", nullptr, nullptr},
     {kFormatVip, "VIP", nullptr, nullptr},
-    {kFormatPhc, "PHC", nullptr, nullptr},
+    {kFormatPhc, "PHC", ReadPhFile, nullptr},
     {kFormatPec, "PEC", nullptr, nullptr},
     {kFormatEmd, "EMD", nullptr, nullptr},
     {kFormatShv, "SHV", nullptr, nullptr},
-    {kFormatPhb, "PHB", nullptr, nullptr},
-    {kFormatPhd, "PHD", nullptr, nullptr},
+    {kFormatPhb, "PHB", ReadPhFile, nullptr},
+    {kFormatPhd, "PHD", ReadPhFile, nullptr},
     {kFormatBmp, "BMP", nullptr, nullptr},
     {kFormatTxt, "TXT", nullptr, nullptr},
 }};
