@@ -5,12 +5,13 @@
 #include "core/design_path.h"
 #include "core/text.h"
 #include "formats/dst.h"
+#include "formats/pes.h"
 
 namespace fennick {
 namespace {
 
 constexpr std::array<FormatEntry, 17> kFormats{{
-    {kFormatPes, "PES", nullptr, nullptr},
+    {kFormatPes, "PES", ReadPesFile, nullptr},
     {kFormatSew, "SEW", nullptr, nullptr},
     {kFormatJef, "JEF", nullptr, nullptr},
     {kFormatHus, "HUS", nullptr, nullptr},
@@ -20,7 +21,7 @@ constexpr std::array<FormatEntry, 17> kFormats{{
     {kFormatExp, "EXP", nullptr, nullptr},
     {kFormatVip, "VIP", nullptr, nullptr},
     {kFormatPhc, "PHC", nullptr, nullptr},
-    {kFormatPec, "PEC", nullptr, nullptr},
+    {kFormatPec, "PEC", ReadPesFile, nullptr},
     {kFormatEmd, "EMD", nullptr, nullptr},
     {kFormatShv, "SHV", nullptr, nullptr},
     {kFormatPhb, "PHB", nullptr, nullptr},

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "test_support.h"
+#include "threads/palettes.h"
 
 namespace fennick {
 namespace {
@@ -105,6 +106,115 @@ TEST(PecStitchTest, TruncatedStreamStopsAtTheEnd) {
   DecodePecStitch(reader);
   EXPECT_TRUE(reader.AtEnd());
   EXPECT_FALSE(reader.Ok());
+}
+
+// A block as the layout gives it: blanks up to offset 512 but for the piece
+// position and the colour list, L, the stream, and zero thumbnails.
+Bytes PecBlock(const Bytes& colors, const Bytes& stream, uint8_t piece = 0x20) {
+  Bytes block(528, 0x20);
+  block[36] = piece;
+  block[48] = static_cast<uint8_t>(colors.size() - 1);
+  std::copy(colors.begin(), colors.end(), block.begin() + 49);
+  const size_t length = stream.size() + 16;
+  block[512] = block[513] = 0;
+  block[514] = static_cast<uint8_t>(length);
+  block[515] = static_cast<uint8_t>(length >> 8);
+  block[516] = static_cast<uint8_t>(length >> 16);
+  block.insert(block.end(), stream.begin(), stream.end());
+  block.resize(block.size() + 228 * (colors.size() + 1), 0);
+  return block;
+}
+
+TEST(PecBlockReader, EndsOnTheClosingJumpBackToTheStart) {
+  // A first long node, two stitches, the end mark. The decoder runs on past
+  // the mark: FF and the first thumbnail byte read as a long jump x of
+  // 0xF00 - 4096 = -256, the next byte as y 0.
+  const Bytes block = PecBlock({5, 29}, {0x90, 0x00, 0x90, 0x00, 0x0A, 0x05, 0x05, 0x00, 0xFF});
+  Design design;
+  ThreadColor older;
+  older.chartIndex = 13;  // an earlier block's thread takes its palette colour again
+  design.threads.push_back(older);
+  int32_t sumX = 0, sumY = 0;
+  const PecBlockInfo info = ReadPecBlock(design, test::AsReaderInput(block), 0, sumX, sumY);
+  EXPECT_EQ(info.colorCount, 2);
+  EXPECT_EQ(info.stitchLength, 25u);
+  // Moves sum to (15, -5) before the bogus node, so it becomes (-15, 5).
+  EXPECT_EQ(test::Nodes(design), (std::vector<test::Node>{
+                                     {0, 0, STITCH_JUMP}, {10, -5, 0}, {5, 0, 0}, {-15, 5, STITCH_JUMP}}));
+  EXPECT_EQ(sumX, 0);
+  EXPECT_EQ(sumY, 0);
+  ASSERT_EQ(design.threads.size(), 3u);
+  EXPECT_EQ(design.threads[0].rgb, ColorRef(255, 255, 0));  // 13, Yellow
+  EXPECT_EQ(design.threads[1].rgb, ColorRef(237, 23, 31));
+  EXPECT_EQ(design.threads[1].colorName, "Red");
+  EXPECT_EQ(design.threads[2].chartIndex, 29);
+  EXPECT_EQ(design.threads[2].colorName, "White");
+}
+
+TEST(PecBlockReader, StitchesNeedALongEnoughLAndTheBytesItClaims) {
+  const Bytes stream = {0x90, 0x00, 0x90, 0x00, 0x0A, 0x05, 0xFF};
+  struct Case {
+    const char* what;
+    Bytes bytes;
+    size_t nodes;
+  };
+  Bytes lengthBeyond = PecBlock({1}, stream);
+  lengthBeyond[515] = 0x10;  // L of 4096 + 23 reaches past the bytes
+  Bytes shortLength = PecBlock({1}, stream);
+  shortLength[514] = 14;  // the loop needs L - 4 of at least 11
+  // L fits, but the bytes end inside the stream.
+  Bytes cutInStitch = PecBlock({1}, stream);
+  cutInStitch.resize(528 + 5);
+  Bytes cutAfterStitch = PecBlock({1}, stream);
+  cutAfterStitch.resize(528 + 6);
+  const Case cases[] = {
+      {"L past the end", lengthBeyond, 0},
+      {"L of 14", shortLength, 0},
+      {"cut inside a stitch", cutInStitch, 1},  // the first jump, which closes the block
+      {"cut after a stitch", cutAfterStitch, 3},  // two nodes and a closing jump
+  };
+  for (const Case& c : cases) {
+    Design design;
+    int32_t sumX = 0, sumY = 0;
+    ReadPecBlock(design, c.bytes, 0, sumX, sumY);
+    EXPECT_EQ(design.stitches.Size(), c.nodes) << c.what;
+    EXPECT_EQ(design.threads.size(), 1u) << c.what;
+  }
+}
+
+TEST(PecBlockWriter, GoldenBytes) {
+  Design design;
+  // Centred: positions (-5, 3), (5, 3), (5, 3), (5, -3); bounds x -5..5, y -3..3.
+  test::SetNodes(design, {{-5, 3, STITCH_JUMP}, {10, 0, 0}, {0, 0, STITCH_COLORSTOP}, {0, -6, 0}});
+  design.ComputeBounds();
+  const Bytes colors = {5, 29};
+  Bytes out = {0xAA};  // a block is appended behind what is there
+  const size_t thumbnails = AppendPecBlock(out, design, {"ABCDEFGHIJ", colors});
+
+  Bytes expected = {0xAA};
+  const std::string label = "LA:ABCDEFGH        \r";
+  expected.insert(expected.end(), label.begin(), label.end());
+  expected.resize(1 + 31, 0x20);
+  expected.insert(expected.end(), {0x20, 0xFF, 0x00, 0x06, 0x26});
+  expected.resize(1 + 48, 0x20);
+  expected.insert(expected.end(), {0x01, 5, 29});
+  expected.resize(1 + 512, 0x20);
+  // L = 16 + 12 stream bytes; width 10, height 6.
+  expected.insert(expected.end(), {0x00, 0x00, 0x1C, 0x00, 0x00, 0x31, 0xFF, 0xF0, 0x0A, 0x00, 0x06, 0x00, 0xE0,
+                                   0x01, 0xB0, 0x01});
+  // The first node moves by (+5, -3) to the box's corner: a jump (0, 0).
+  // Then (10, 0), a pure stop (second change), (0, -6) written as y 6.
+  expected.insert(expected.end(), {0xA0, 0x00, 0xA0, 0x00, 0x0A, 0x00, 0xFE, 0xB0, 0x02, 0x00, 0x06, 0xFF});
+  EXPECT_EQ(thumbnails, expected.size());
+  expected.resize(expected.size() + 228 * 3, 0);
+  EXPECT_EQ(out, expected);
+
+  // The real-colour writer marks offset 31; a first node already in the
+  // corner is written as it stands: (-5, 3) is x 0xFFB and y -3, 0xFFD.
+  out.clear();
+  AppendPecBlock(out, design, {"A", colors, true, true});
+  EXPECT_EQ(out[31], 0xFF);
+  EXPECT_EQ(Bytes(out.begin() + 528, out.begin() + 532), (Bytes{0xAF, 0xFB, 0xAF, 0xFD}));
 }
 
 }  // namespace
