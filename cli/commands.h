@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "core/design.h"
+#include "tools/bitmap_file.h"
 
 namespace fennick::cli {
 
@@ -22,12 +23,16 @@ int RunDump(const Arguments& arguments);
 int RunConvert(const Arguments& arguments);
 int RunDemo(const Arguments& arguments);
 int RunNotes(const Arguments& arguments);
+int RunRender(const Arguments& arguments);
 
 // Reads a design through ReadDesignFile; on failure prints one line naming the
 // file and the cause and returns false.
 bool LoadDesign(const std::string& path, Design& design);
 // Writes a file atomically; on failure prints one line and returns false.
 bool SaveFile(const std::string& path, const std::vector<uint8_t>& bytes);
+// Renders the design into OUT, a .png or a .bmp by its extension; on failure
+// prints one line and returns false.
+bool SavePicture(Design& design, BitmapOptions options, const std::string& path);
 // One line on standard error: "fennick: <subject>: <cause>".
 void ReportError(const std::string& subject, const std::string& cause);
 // The lower-case extension of a path.

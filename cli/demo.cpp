@@ -85,7 +85,7 @@ int RunDemo(const Arguments& arguments) {
   }
 
   const Design sample = SampleDesign();
-  std::printf("Sample design: %lld stitches, %zu colours, written to %s/\n\n",
+  std::printf("Sample design: %lld stitches, %zu colours, written to %s/ with a PNG thumbnail of each\n\n",
               static_cast<long long>(sample.DisplayedStitchCount()),
               sample.threads.size(), directory.c_str());
   std::printf("%-22s %9s %9s %8s  %s\n", "file", "bytes", "stitches", "colours", "round trip");
@@ -107,6 +107,10 @@ int RunDemo(const Arguments& arguments) {
     const bool loaded = LoadDesign(path, read);
     const std::string verdict = loaded ? CompareRoundTrip(sample, read) : "could not be read back";
     if (verdict != "OK") ++failures;
+    // A thumbnail of what was read back, as the browser would show it.
+    BitmapOptions thumbnail;
+    thumbnail.size = 200;
+    if (loaded && !SavePicture(read, thumbnail, path + ".png")) ++failures;
     std::printf("%-22s %9zu %9lld %8zu  %s\n", ("fennick-demo." + extension).c_str(), bytes.size(),
                 loaded ? static_cast<long long>(read.DisplayedStitchCount()) : 0LL, read.threads.size(), verdict.c_str());
   }

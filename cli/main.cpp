@@ -22,9 +22,14 @@ constexpr Command kCommands[] = {
      "Writes the design's notes: name, size, date and each thread's stitches and length, in\n"
      "yards and inches when the \"English\" preference is set. Without OUT they go to standard output.",
      fennick::cli::RunNotes},
+    {"render", "fennick render IN OUT [--size N] [--flat|--3d] [--outline] [--jumps] [--background RRGGBB]",
+     "Draws the design into OUT, a PNG or a Windows bitmap by its extension. The size, look and\n"
+     "background default to the \"BMP Size\", \"Make 3D\", \"Outline\" and background preferences.",
+     fennick::cli::RunRender},
     {"demo", "fennick demo [--out DIR]",
      "Builds a sample design in code, writes it in every writable format into DIR (default\n"
-     "./demo-out), reads each file back and prints a table of the results.",
+     "./demo-out), reads each file back, draws it as a PNG thumbnail beside the file and prints a\n"
+     "table of the results.",
      fennick::cli::RunDemo},
 };
 

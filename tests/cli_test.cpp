@@ -75,6 +75,34 @@ TEST_F(CliTest, ConvertWritesTheTargetFormat) {
   EXPECT_EQ(Run("info rose.dst").status, 0);
 }
 
+TEST_F(CliTest, RenderWritesPngOrBitmapAtTheAskedSize) {
+  ASSERT_EQ(Run("render '" + sample + "' rose.png --size 64 --flat --background 102030").status, 0);
+  const std::vector<uint8_t> png = folder.Read("rose.png");
+  ASSERT_GT(png.size(), 33u);
+  // Signature, then the IHDR chunk: width and height big-endian, 8-bit RGB.
+  EXPECT_EQ(std::vector<uint8_t>(png.begin(), png.begin() + 8),
+            (std::vector<uint8_t>{0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'}));
+  EXPECT_EQ(std::vector<uint8_t>(png.begin() + 12, png.begin() + 26),
+            (std::vector<uint8_t>{'I', 'H', 'D', 'R', 0, 0, 0, 64, 0, 0, 0, 64, 8, 2}));
+
+  ASSERT_EQ(Run("render '" + sample + "' rose.bmp --size 32 --background 102030").status, 0);
+  const std::vector<uint8_t> bmp = folder.Read("rose.bmp");
+  ASSERT_EQ(bmp.size(), 32u * 32u * 4u + 58u);
+  EXPECT_EQ(bmp[18], 32);
+  // The corner lies in the margin: background, stored as B, G, R, 0.
+  EXPECT_EQ(std::vector<uint8_t>(bmp.begin() + 58, bmp.begin() + 62), (std::vector<uint8_t>{0x30, 0x20, 0x10, 0}));
+}
+
+TEST_F(CliTest, NotesGoToStandardOutputOrAFile) {
+  const Outcome outcome = Run("notes '" + sample + "'");
+  ASSERT_EQ(outcome.status, 0) << outcome.err;
+  EXPECT_EQ(outcome.out.rfind(sample + "\r\n", 0), 0u) << outcome.out;
+  EXPECT_NE(outcome.out.find("1: Black, "), std::string::npos) << outcome.out;
+  ASSERT_EQ(Run("notes '" + sample + "' rose.txt").status, 0);
+  const std::vector<uint8_t> file = folder.Read("rose.txt");
+  EXPECT_EQ(std::string(file.begin(), file.end()), outcome.out);
+}
+
 TEST_F(CliTest, BadInputGivesOneLineAndAnExitCode) {
   folder.Write("empty.dst", {});
   folder.Write("junk.dst", std::vector<uint8_t>(300, 0x55));
@@ -90,6 +118,8 @@ TEST_F(CliTest, BadInputGivesOneLineAndAnExitCode) {
       {"convert junk.dst out.dst", 1, "fennick: junk.dst: holds no stitches (not a DST design?)\n"},
       {"convert '" + sample + "' out.bmp", 2, "fennick: out.bmp: no writer for the extension \".bmp\"\n"},
       {"dump", 2, "fennick: dump: name exactly one design file\n"},
+      {"render '" + sample + "' out.gif", 1, "fennick: out.gif: pictures are written as .png or .bmp\n"},
+      {"render '" + sample + "' out.png --size 0", 2, "fennick: render: the size must be 1 to 8192 pixels"},
       {"frobnicate", 2, "fennick: unknown command \"frobnicate\"\n"},
   };
   for (const auto& c : cases) {
@@ -101,7 +131,7 @@ TEST_F(CliTest, BadInputGivesOneLineAndAnExitCode) {
 }
 
 TEST_F(CliTest, EveryCommandHasHelp) {
-  for (const char* command : {"info", "dump", "convert", "demo"}) {
+  for (const char* command : {"info", "dump", "convert", "render", "notes", "demo"}) {
     const Outcome outcome = Run(std::string(command) + " --help");
     EXPECT_EQ(outcome.status, 0) << command;
     EXPECT_EQ(outcome.out.rfind(std::string("usage: fennick ") + command, 0), 0u) << outcome.out;
@@ -114,6 +144,7 @@ TEST_F(CliTest, DemoWritesAndReadsBackEveryWritableFormat) {
   EXPECT_NE(outcome.out.find("fennick-demo.dst"), std::string::npos);
   EXPECT_EQ(outcome.out.find("instead of"), std::string::npos) << outcome.out;
   EXPECT_TRUE(std::filesystem::exists(folder.File("out/fennick-demo.dst")));
+  EXPECT_TRUE(std::filesystem::exists(folder.File("out/fennick-demo.dst.png")));
 }
 
 }  // namespace

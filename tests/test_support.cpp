@@ -8,11 +8,17 @@
 
 namespace fennick::test {
 
-std::vector<uint8_t> ReadTestFile(const std::string& name) {
-  std::ifstream file(std::string(FENNICK_TEST_DATA) + "/" + name, std::ios::binary);
-  if (!file) throw std::runtime_error("missing test file " + name);
+namespace {
+
+std::vector<uint8_t> ReadBytes(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  if (!file) throw std::runtime_error("missing file " + path);
   return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
+
+}  // namespace
+
+std::vector<uint8_t> ReadTestFile(const std::string& name) { return ReadBytes(std::string(FENNICK_TEST_DATA) + "/" + name); }
 
 ScratchFolder::ScratchFolder() {
   std::string pattern = (std::filesystem::temp_directory_path() / "fennick-test-XXXXXX").string();
@@ -41,6 +47,8 @@ ScratchFolder::~ScratchFolder() {
   std::error_code ignored;
   std::filesystem::remove_all(path_, ignored);
 }
+
+std::vector<uint8_t> ScratchFolder::Read(const std::string& name) const { return ReadBytes(File(name)); }
 
 void ScratchFolder::Write(const std::string& name, const std::vector<uint8_t>& bytes) const {
   std::ofstream file(path_ / name, std::ios::binary);

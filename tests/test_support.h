@@ -47,6 +47,7 @@ class ScratchFolder {
   const std::filesystem::path& Path() const { return path_; }
   std::string File(const std::string& name) const { return (path_ / name).string(); }
   void Write(const std::string& name, const std::vector<uint8_t>& bytes) const;
+  std::vector<uint8_t> Read(const std::string& name) const;
 
  private:
   std::filesystem::path path_;

@@ -1,0 +1,111 @@
+#include "tools/render/design_renderer.h"
+
+#include <algorithm>
+#include <vector>
+
+namespace fennick {
+namespace {
+
+// Highlight rings around a node's marker.
+constexpr uint32_t kInnerRing = 32;
+constexpr uint32_t kOuterRing = 16;
+
+constexpr uint32_t kWhite = 0xFFFFFF;
+
+// Positions wrap at 32 bits, as the design's own passes sum them.
+int32_t WrappingAdd(int32_t a, int32_t b) {
+  return static_cast<int32_t>(static_cast<uint32_t>(a) + static_cast<uint32_t>(b));
+}
+int32_t WrappingNegate(int32_t a) { return static_cast<int32_t>(0u - static_cast<uint32_t>(a)); }
+
+}  // namespace
+
+void DesignRenderer::Render(int color) {
+  if (design == nullptr) return;
+  StitchBitmap& canvas = bitmap;
+  canvas.thick = thick;
+  canvas.Clear(canvas.background);
+  canvas.SetWorld(static_cast<float>(design->minX * 0.1), static_cast<float>(design->maxY * 0.1),
+                  static_cast<float>(design->maxX * 0.1), static_cast<float>(design->minY * 0.1));
+  canvas.dashIndex = 1;
+  canvas.MoveTo(0, 0);
+
+  const std::vector<ThreadColor>& threads = design->threads;
+  if (!threads.empty()) canvas.SetColor(threads[0].rgb);
+  // Half the marker's edge: the zoom over 4, rounded, at least 2.
+  const double quarterZoom = canvas.zoom * 0.25 + 0.5;
+  const int32_t markerHalf = quarterZoom >= 2 ? static_cast<int32_t>(std::min(quarterZoom, 1e6)) : 2;
+  size_t block = 0;
+  const bool allBlocks = color == -1;
+
+  auto outside = [](int32_t value, int32_t size) { return value < 0 || value >= size; };
+  int32_t x = 0, y = 0;
+  for (StitchNode& node : design->stitches) {
+    x = WrappingAdd(x, node.dx);
+    y = WrappingAdd(y, node.dy);
+    if (node.IsColorStop() && block + 1 < threads.size()) {
+      ++block;
+      canvas.SetColor(threads[block].rgb);
+    }
+    const PixelPoint point = canvas.WorldToPixel(x, flipY ? WrappingNegate(y) : y);
+
+    // A cheap test, not a clipper: lines that pass through are clipped per
+    // pixel. Deliberately kept: the pen's y is tested where the new y belongs.
+    const bool penYOutside = outside(canvas.penY, canvas.height);
+    if (outside(canvas.penX, canvas.width) && penYOutside && outside(point.x, canvas.width) && penYOutside) {
+      canvas.MoveTo(point.x, point.y);
+      node.flags &= ~STITCH_DRAWN;
+      continue;
+    }
+    // Deliberately kept: the pen is not moved here, so a block's first stitch
+    // is drawn from wherever the pen was left, the corner at first.
+    if (!allBlocks && static_cast<int64_t>(block) != color) continue;
+
+    node.flags |= STITCH_DRAWN;
+    if (!node.IsJump()) {
+      if (shaded) {
+        canvas.Line3D(point.x, point.y);
+      } else {
+        canvas.LineFlat(point.x, point.y);
+      }
+    } else if (showJumps) {
+      canvas.LineDashed(point.x, point.y);
+    } else {
+      node.flags &= ~STITCH_DRAWN;
+      canvas.MoveTo(point.x, point.y);
+    }
+
+    if (showMarkers) {
+      canvas.BoxFilled(point.x, point.y, markerHalf);
+      canvas.BoxOutline(point.x, point.y, markerHalf);
+      if (node.flags & kInnerRing) canvas.BoxOutline(point.x, point.y, markerHalf + 2);
+      if (node.flags & kOuterRing) canvas.BoxOutline(point.x, point.y, markerHalf + 4);
+    }
+  }
+}
+
+void DesignRenderer::RenderOutline() {
+  if (design == nullptr) return;
+  showJumps = false;
+  shaded = false;
+  showMarkers = false;
+  thick = bitmap.width >= 250;
+  bitmap.background = kWhite;
+  Render(-1);
+
+  const std::vector<uint32_t> drawn = bitmap.pixels;
+  bitmap.Clear(kWhite);
+  const auto width = static_cast<size_t>(bitmap.width), height = static_cast<size_t>(bitmap.height);
+  if (drawn.size() != width * height) return;
+  // The outermost border is left white.
+  for (size_t row = 1; row + 1 < height; ++row) {
+    for (size_t column = 1; column + 1 < width; ++column) {
+      const size_t i = row * width + column;
+      if (drawn[i] != drawn[i + 1] || drawn[i] != drawn[i + width] || drawn[i] != drawn[i + width + 1]) {
+        bitmap.pixels[i] = 0;
+      }
+    }
+  }
+}
+
+}  // namespace fennick
