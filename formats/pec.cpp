@@ -1,8 +1,10 @@
 #include "formats/pec.h"
 
 #include <algorithm>
+#include <array>
 
 #include "threads/palettes.h"
+#include "tools/render/design_renderer.h"
 
 namespace fennick {
 namespace {
@@ -13,8 +15,8 @@ constexpr uint8_t kTrimForm = 0xA0;
 constexpr uint8_t kEndMark = 0xFF;
 
 // Block layout, offsets from the block's first byte.
-constexpr size_t kLabelLength = 8;        // characters of the file stem that are kept
-constexpr size_t kLabelFieldEnd = 19;     // the label's blanks run up to here
+constexpr size_t kLabelLength = 8;     // characters of the file stem that are kept
+constexpr size_t kLabelFieldEnd = 19;  // the label's blanks run up to here
 constexpr size_t kWriterMark = 31;
 constexpr size_t kColorCountOffset = 48;  // colours less one, then the colour list
 constexpr size_t kColorListEnd = 512;
@@ -71,6 +73,84 @@ void AppendBlockThreads(Design& design, ByteReader& reader, int colorCount) {
     uint8_t r, g, b;
     thread.rgb = PecColorRgb(thread.chartIndex, r, g, b);
   }
+}
+
+// Thumbnails: 48 by 38 pixels, 1 bit each, least significant bit leftmost.
+constexpr int kThumbnailWidth = 48;
+constexpr int kThumbnailHeight = 38;
+constexpr int kThumbnailRowBytes = 6;
+// The canvas is three times the thumbnail's size, sampled every third pixel.
+constexpr int kCanvasScale = 3;
+// Drawn pixels are 0x00RRGGBB, so a background with its top byte set can't be
+// mistaken for one, whatever the thread's colour.
+constexpr uint32_t kCanvasBackground = 0xFF000000;
+
+size_t BitIndex(int x, int y) { return static_cast<size_t>(kThumbnailRowBytes * y + x / 8); }
+bool IsSet(std::span<const uint8_t> image, int x, int y) { return (image[BitIndex(x, y)] >> (x % 8)) & 1; }
+void Set(std::span<uint8_t> image, int x, int y) { image[BitIndex(x, y)] |= static_cast<uint8_t>(1 << (x % 8)); }
+void Unset(std::span<uint8_t> image, int x, int y) { image[BitIndex(x, y)] &= static_cast<uint8_t>(~(1 << (x % 8))); }
+
+void DrawFrame(std::span<uint8_t> image) {
+  constexpr std::array<uint8_t, kThumbnailRowBytes> kEdge = {0xF0, 0xFF, 0xFF, 0xFF, 0xFF, 0x0F};  // x 4 to 43
+  std::copy(kEdge.begin(), kEdge.end(), image.begin() + static_cast<ptrdiff_t>(BitIndex(0, 1)));
+  std::copy(kEdge.begin(), kEdge.end(), image.begin() + static_cast<ptrdiff_t>(BitIndex(0, 36)));
+  for (int y = 4; y <= 33; ++y) {
+    Set(image, 1, y);
+    Set(image, 46, y);
+  }
+  constexpr int kCorners[8][2] = {{3, 2}, {44, 2}, {2, 3}, {45, 3}, {2, 34}, {45, 34}, {3, 35}, {44, 35}};
+  for (const auto& corner : kCorners) Set(image, corner[0], corner[1]);
+}
+
+// Every colour's thumbnail keeps its solid shape; the composite gets its
+// outline: pixels set with all eight neighbours set are left out.
+void OrOutline(std::span<const uint8_t> image, std::span<uint8_t> composite) {
+  std::array<uint8_t, kPecThumbnailSize> outline;
+  std::copy_n(image.begin(), kPecThumbnailSize, outline.begin());
+  for (int y = 3; y <= 34; ++y) {
+    for (int x = 3; x <= 44; ++x) {
+      bool inside = true;
+      for (int dy = -1; dy <= 1 && inside; ++dy) {
+        for (int dx = -1; dx <= 1 && inside; ++dx) inside = IsSet(image, x + dx, y + dy);
+      }
+      if (inside) Unset(outline, x, y);
+    }
+  }
+  for (size_t i = 0; i < kPecThumbnailSize; ++i) composite[i] |= outline[i];
+}
+
+void SetUpThumbnailRenderer(DesignRenderer& renderer, Design& design) {
+  renderer.design = &design;
+  renderer.showJumps = false;
+  renderer.shaded = false;
+  renderer.showMarkers = false;
+  renderer.thick = false;  // one-pixel lines
+  renderer.flipY = true;   // the thumbnail's rows run from the top
+}
+
+int RenderThumbnail(DesignRenderer& renderer, int colorIndex, std::span<uint8_t> out) {
+  std::fill_n(out.begin(), kPecThumbnailSize, uint8_t{0});
+  StitchBitmap& canvas = renderer.bitmap;
+  if (canvas.Create(kThumbnailWidth * kCanvasScale, kThumbnailHeight * kCanvasScale) != 0 || !canvas.valid) return 0;
+  canvas.background = kCanvasBackground;
+  renderer.Render(colorIndex);
+  const size_t width = static_cast<size_t>(canvas.width);
+  for (int y = 0; y < kThumbnailHeight; ++y) {
+    for (int x = 0; x < kThumbnailWidth; ++x) {
+      const size_t pixel = static_cast<size_t>(kCanvasScale * y) * width + static_cast<size_t>(kCanvasScale * x);
+      if (canvas.pixels[pixel] != canvas.background) Set(out, x, y);
+    }
+  }
+  return static_cast<int>(kPecThumbnailSize);
+}
+
+// The frame into the composite and each colour's thumbnail behind it, then
+// the colours' outlines into the composite. Returns the bytes finished.
+int FinishThumbnails(std::span<uint8_t> images, size_t colorCount) {
+  const size_t count = std::min(colorCount + 1, images.size() / kPecThumbnailSize);
+  for (size_t i = 0; i < count; ++i) DrawFrame(images.subspan(i * kPecThumbnailSize, kPecThumbnailSize));
+  for (size_t i = 1; i < count; ++i) OrOutline(images.subspan(i * kPecThumbnailSize, kPecThumbnailSize), images);
+  return static_cast<int>(count * kPecThumbnailSize);
 }
 
 }  // namespace
@@ -155,6 +235,7 @@ PecBlockInfo ReadPecBlock(Design& design, std::span<const uint8_t> bytes, size_t
       design.stitches.PushBack(Wrap(-int64_t{sumX}), Wrap(-int64_t{sumY}), STITCH_JUMP);
     }
     sumX = sumY = 0;
+    info.closed = true;
   }
   return info;
 }
@@ -223,6 +304,26 @@ size_t AppendPecBlock(std::vector<uint8_t>& out, const Design& design, const Pec
   const size_t thumbnails = out.size();
   writer.Fill(0, kPecThumbnailSize * (colors + 1));
   return thumbnails;
+}
+
+int RenderPecThumbnail(Design& design, int colorIndex, std::span<uint8_t> out) {
+  if (colorIndex == -1) return FinishThumbnails(out, design.threads.size());
+  if (out.size() < kPecThumbnailSize) return 0;
+  DesignRenderer renderer;
+  SetUpThumbnailRenderer(renderer, design);
+  return RenderThumbnail(renderer, colorIndex, out);
+}
+
+void RenderPecThumbnails(Design& design, std::span<uint8_t> area) {
+  const size_t colors = design.threads.size();
+  if (area.size() < kPecThumbnailSize) return;
+  DesignRenderer renderer;  // one canvas for all the colours
+  SetUpThumbnailRenderer(renderer, design);
+  for (size_t i = 0; i < colors && (i + 2) * kPecThumbnailSize <= area.size(); ++i) {
+    RenderThumbnail(renderer, static_cast<int>(i), area.subspan((i + 1) * kPecThumbnailSize, kPecThumbnailSize));
+  }
+  std::fill_n(area.begin(), kPecThumbnailSize, uint8_t{0});
+  FinishThumbnails(area, colors);
 }
 
 }  // namespace fennick

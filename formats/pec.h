@@ -30,20 +30,23 @@ PecStitch DecodePecStitch(ByteReader& reader);
 size_t EncodePecStitch(std::vector<uint8_t>& out, const StitchNode& node, int changeCount);
 
 // Offsets within a block.
-inline constexpr size_t kPecPiecePosition = 36;  // where a multi-block file keeps a piece's place
+inline constexpr size_t kPecPiecePosition = 36;   // where a multi-block file keeps a piece's place
 inline constexpr size_t kPecThumbnailSize = 228;  // 48 by 38 pixels, 1 bit each, 6 bytes a row
 
-// What a block's header says about its size.
+// What ReadPecBlock found: the sizes the PES reader steps over, and whether
+// the block was closed.
 struct PecBlockInfo {
   int colorCount = 0;         // colours listed in the block
   uint32_t stitchLength = 0;  // L: from offset 512 of the block to its first thumbnail
+  bool closed = false;        // the design's tail is now the block's closing jump
 };
 
 // Appends the block's threads (chartIndex and colorName from the palette) and
 // its stitches to the design, and sets the rgb of every thread of the design
 // from its chartIndex. The block's moves are summed into sumX and sumY; the
 // block ends on a closing jump back to its start, and both sums return to 0.
-// A block whose L reaches past the bytes gives threads and no stitches.
+// A block whose L reaches past the bytes gives threads, no stitches and no
+// closing node.
 PecBlockInfo ReadPecBlock(Design& design, std::span<const uint8_t> bytes, size_t blockOffset, int32_t& sumX,
                           int32_t& sumY);
 
@@ -62,11 +65,12 @@ struct PecBlockSettings {
 // RenderPecThumbnails to fill once the design stands as the pictures need it.
 size_t AppendPecBlock(std::vector<uint8_t>& out, const Design& design, const PecBlockSettings& settings);
 
-// Draws colour `colorIndex` alone into a 228-byte thumbnail: returns 228, or 0
-// when no canvas could be made. With -1, `out` holds the composite followed by
-// one thumbnail per thread; the frame goes into all of them and the outlines
-// of the colours into the composite, so that call comes last.
-// The renderer marks the nodes it draws in their flags.
+// Draws colour `colorIndex` alone into a 228-byte thumbnail, fitted to the
+// design's bounds: returns 228, or 0 when no canvas could be made. With -1,
+// `out` holds the composite followed by one thumbnail per thread: the frame
+// goes into all of them and the colours' outlines into the composite, so that
+// call comes last; it returns the bytes it finished. Rendering marks the
+// nodes it draws with STITCH_DRAWN.
 int RenderPecThumbnail(Design& design, int colorIndex, std::span<uint8_t> out);
 // The composite and every colour's thumbnail, in the block's order.
 void RenderPecThumbnails(Design& design, std::span<uint8_t> area);

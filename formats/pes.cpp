@@ -14,7 +14,6 @@ namespace fennick {
 namespace {
 
 constexpr size_t kShortestFile = 512;
-constexpr size_t kVersionOffset = 4;
 constexpr size_t kPecOffsetField = 8;  // PES only; the writer stores 4 bytes, the reader takes 3
 constexpr size_t kPecFileBlock = 8;    // a PEC file's block follows its 8-byte signature
 constexpr size_t kBlockCountField = 12;
@@ -116,7 +115,8 @@ class WrappingCursor {
 // Only the first four bytes of a header string are kept, on purpose.
 uint32_t FirstFourBytes(const std::string& text) {
   uint32_t number = 0;
-  for (size_t i = 0; i < 4 && i < text.size(); ++i) number |= static_cast<uint32_t>(static_cast<uint8_t>(text[i])) << (8 * i);
+  for (size_t i = 0; i < 4 && i < text.size(); ++i)
+    number |= static_cast<uint32_t>(static_cast<uint8_t>(text[i])) << (8 * i);
   return number;
 }
 
@@ -256,7 +256,8 @@ bool ReadPesFile(Design& design, std::span<const uint8_t> bytes) {
   for (int i = 0; i < blockCount; ++i) {
     if (offset >= bytes.size()) return false;
     block = ReadPecBlock(design, bytes, offset, sumX, sumY);
-    if (design.stitches.Empty()) return false;
+    // Also a later block whose L reaches past the end: the file fails as a whole.
+    if (!block.closed) return false;
     ByteReader pieceReader(bytes, offset + kPecPiecePosition);
     const uint8_t pieceByte = pieceReader.U8();
     const int piece = pieceReader.Ok() ? pieceByte : -1;

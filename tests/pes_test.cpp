@@ -145,8 +145,8 @@ TEST(PesReader, EveryTruncationReadsOrFailsCleanly) {
 TEST(PesReader, JoinsBlocksAtTheirPiecePositions) {
   Bytes header(16, 0);
   header[12] = 2;  // blocks
-  const Bytes file = PesFile("#PES0030", header,
-                             {PecBlock({5}, OneStitch(0x0A, 0x00), 0), PecBlock({29}, OneStitch(0x00, 0x0A), 2)});
+  const Bytes file =
+      PesFile("#PES0030", header, {PecBlock({5}, OneStitch(0x0A, 0x00), 0), PecBlock({29}, OneStitch(0x00, 0x0A), 2)});
   Design design;
   ASSERT_TRUE(ReadPesFile(design, AsReaderInput(file)));
   // Piece 0 lifts the first block by 600: jump (0, 600), stitch (10, 0),
@@ -177,11 +177,9 @@ TEST(PesReader, HoopFieldsTurnTheDesign) {
   // Versions 40 and on keep the hoop behind five empty strings and one (or,
   // from 60, two) skipped words. Version 10 has no hoop.
   const Case cases[] = {
-      {"#PES0020", 12, 180, 130, -1, true}, {"#PES0030", 16, 130, 180, 0, true},
-      {"#PES0030", 16, 180, 130, -1, true}, {"#PES0040", 23, 200, 300, 1, true},
-      {"#PES0040", 23, 300, 200, 0, true},  {"#PES0040", 23, 130, 50, 0, true},
-      {"#PES0040", 23, 180, 130, -1, true}, {"#PES0060", 25, 200, 300, 1, true},
-      {"#PES0010", 12, 180, 130, 0, false},
+      {"#PES0020", 12, 180, 130, -1, true}, {"#PES0030", 16, 130, 180, 0, true}, {"#PES0030", 16, 180, 130, -1, true},
+      {"#PES0040", 23, 200, 300, 1, true},  {"#PES0040", 23, 300, 200, 0, true}, {"#PES0040", 23, 130, 50, 0, true},
+      {"#PES0040", 23, 180, 130, -1, true}, {"#PES0060", 25, 200, 300, 1, true}, {"#PES0010", 12, 180, 130, 0, false},
   };
   for (const Case& c : cases) {
     Bytes header(100, 0);
@@ -220,8 +218,8 @@ TEST(PesReader, HeaderStringsAreWalkedWithAWrappingCursor) {
   Design design;
   ASSERT_TRUE(ReadPesFile(design, AsReaderInput(PesFile("#PES0040", header, {PecBlock({1}, OneStitch(1, 1))}))));
   auto number = [](const char* text) {
-    return static_cast<uint32_t>(text[0]) | static_cast<uint32_t>(text[1]) << 8 |
-           static_cast<uint32_t>(text[2]) << 16 | static_cast<uint32_t>(text[3]) << 24;
+    return static_cast<uint32_t>(text[0]) | static_cast<uint32_t>(text[1]) << 8 | static_cast<uint32_t>(text[2]) << 16 |
+           static_cast<uint32_t>(text[3]) << 24;
   };
   const std::pair<const char*, uint32_t> expected[] = {
       {"File Name", number("Rose")}, {"Category", number("ES00")}, {"Comment", 'h' | 'i' << 8}};
@@ -244,6 +242,10 @@ TEST(PesReader, SignaturesVersionsAndOffsets) {
   Bytes atLength = PesFile("#PES0001", Bytes(16, 0), {block});
   atLength[8] = static_cast<uint8_t>(atLength.size());
   atLength[9] = static_cast<uint8_t>(atLength.size() >> 8);
+  Bytes twoBlocks(16, 0);
+  twoBlocks[12] = 2;
+  Bytes longSecondBlock = block;
+  longSecondBlock[515] = 0x10;  // its L reaches past the end of the file
   Bytes fourthOffsetByte = PesFile("#PES0001", Bytes(16, 0), {block});
   fourthOffsetByte[11] = 0x7F;  // the writer stores 4 bytes of the offset; 3 are read
   struct Case {
@@ -258,6 +260,8 @@ TEST(PesReader, SignaturesVersionsAndOffsets) {
       {"no digits", PesFile("#PESabcd", Bytes(16, 0), {block}), true, 0},
       {"unknown signature", PesFile("#PEZ0001", Bytes(16, 0), {block}), false, 0},
       {"PEC offset at the file's length", atLength, false, 0},
+      {"second block's L past the end", PesFile("#PES0030", twoBlocks, {block, longSecondBlock}), false, 0},
+      {"two whole blocks", PesFile("#PES0030", twoBlocks, {block, block}), true, 30},
       {"fourth offset byte", fourthOffsetByte, true, 1},
       {"under 512 bytes", Bytes(pec.begin(), pec.begin() + 510), false, 0},
   };
@@ -312,7 +316,7 @@ TEST(PesHeaderThreads, BrandTableNamesTheRecords) {
   };
   std::vector<Record> records;
   for (const Case& c : cases) records.push_back(c.record);
-  Bytes bytes = {0xEE};  // the list need not start the buffer
+  Bytes bytes = {0xEE};                          // the list need not start the buffer
   const Bytes list = ThreadList(3, 5, records);  // the two count bytes are added: 8
   bytes.insert(bytes.end(), list.begin(), list.end());
   Design design;
