@@ -6,12 +6,13 @@
 #include "core/text.h"
 #include "formats/dst.h"
 #include "formats/ph.h"
+#include "formats/pes.h"
 
 namespace fennick {
 namespace {
 
 constexpr std::array<FormatEntry, 17> kFormats{{
-    {kFormatPes, "PES", nullptr, nullptr},
+    {kFormatPes, "PES", ReadPesFile, nullptr},
     {kFormatSew, "SEW", nullptr, nullptr},
     {kFormatJef, "JEF", nullptr, nullptr},
     {kFormatHus, "HUS", nullptr, nullptr},
@@ -21,7 +22,7 @@ constexpr std::array<FormatEntry, 17> kFormats{{
     {kFormatExp, "EXP", nullptr, nullptr},
     {kFormatVip, "VIP", nullptr, nullptr},
     {kFormatPhc, "PHC", ReadPhFile, nullptr},
-    {kFormatPec, "PEC", nullptr, nullptr},
+    {kFormatPec, "PEC", ReadPesFile, nullptr},
     {kFormatEmd, "EMD", nullptr, nullptr},
     {kFormatShv, "SHV", nullptr, nullptr},
     {kFormatPhb, "PHB", ReadPhFile, nullptr},
