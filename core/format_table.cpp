@@ -5,8 +5,8 @@
 #include "core/design_path.h"
 #include "core/text.h"
 #include "formats/dst.h"
-#include "formats/ph.h"
 #include "formats/pes.h"
+#include "formats/ph.h"
 
 namespace fennick {
 namespace {
