@@ -55,89 +55,60 @@ TEST(DesignPath, PrefixIsExactAndMayLackItsColon) {
   EXPECT_EQ(labelled.ToString(), "/a/b.pes");
 }
 
-TEST(DesignPath, SplitNameIgnoresTheLastCharacter) {
-  DesignPath path;
-  path.SplitName("/designs/old/");
-  EXPECT_EQ(path.GetDirectory(), "/designs/");
-  EXPECT_EQ(path.GetFileName(), "old/");
-}
-
-TEST(DesignPath, ExtensionAndStem) {
+TEST(DesignPath, FileNameOperations) {
+  // Each row sets a file name, runs one operation and expects its result,
+  // which also becomes the file name for ChangeExtension and NextVariant.
+  enum Operation { kExtension, kStem, kChange, kNext };
   const struct {
+    Operation operation;
     const char* name;
-    const char* extension;
-    const char* stem;
-  } cases[] = {{"rose.pes", "pes", "rose"}, {"a.b.dst", "dst", "a.b"}, {".pes", "pes", ""},
-               {"rose.", "", ""},           {"rose", "", ""},           {"r.x.", "x.", "r"}};
-  for (const auto& c : cases) {
-    DesignPath path;
-    path.SetFileName(c.name);
-    EXPECT_EQ(path.GetExtension(), c.extension) << c.name;
-    EXPECT_EQ(path.GetStem(), c.stem) << c.name;
-  }
-}
-
-TEST(DesignPath, ChangeExtension) {
-  const struct {
-    const char* name;
-    const char* extension;
+    const char* argument;
     const char* result;
-  } cases[] = {{"rose.pes", "", "rose"},         {"rose.pes", ".Txt", "rose.Txt"},
-               {"rose.pes", "dst", "rose.dst"},  {"rose", "pes", "rose.pes"},
-               {".pes", "dst", ".pes.dst"},      {"a.b.c", "d", "a.b.d"}};
-  for (const auto& c : cases) {
-    DesignPath path("/d/x");
-    path.SetFileName(c.name);
-    EXPECT_EQ(path.ChangeExtension(c.extension), c.result) << c.name << " " << c.extension;
-    EXPECT_EQ(path.GetFileName(), c.result);
-  }
-  DesignPath path("/d/rose.PES");
-  EXPECT_TRUE(path.HasExtension(".pes"));
-  EXPECT_TRUE(path.HasExtension("Pes"));
-  EXPECT_FALSE(path.HasExtension("pe"));
-}
-
-TEST(DesignPath, NextVariant) {
-  const struct {
-    const char* name;
-    const char* next;
   } cases[] = {
-      {"rose.pes", "rose(2).pes"},
-      {"rose(2).pes", "rose(3).pes"},
-      {"rose(9).pes", "rose(10).pes"},
-      {"(5).pes", "(6).pes"},
-      {"rose(2)x.pes", "rose(2)x(2).pes"},
+      {kExtension, "a.b.dst", "", "dst"},  {kExtension, ".pes", "", "pes"},   {kExtension, "rose.", "", ""},
+      {kExtension, "rose", "", ""},        {kExtension, "r.x.", "", "x."},    {kStem, "a.b.dst", "", "a.b"},
+      {kStem, ".pes", "", ""},             {kStem, "rose.", "", ""},          {kStem, "r.x.", "", "r"},
+      {kChange, "rose.pes", "", "rose"},   {kChange, "rose.pes", ".Txt", "rose.Txt"},
+      {kChange, "rose", "pes", "rose.pes"}, {kChange, ".pes", "dst", ".pes.dst"}, {kChange, "a.b.c", "d", "a.b.d"},
+      {kNext, "rose.pes", "", "rose(2).pes"}, {kNext, "rose(9).pes", "", "rose(10).pes"},
+      {kNext, "(5).pes", "", "(6).pes"},   {kNext, "rose(2)x.pes", "", "rose(2)x(2).pes"},
       // No "(" at all: the cut keeps nothing and the number is read from the start.
-      {"abc).pes", "1).pes"},
-      {"7).pes", "8).pes"},
+      {kNext, "abc).pes", "", "1).pes"},   {kNext, "7).pes", "", "8).pes"},
   };
   for (const auto& c : cases) {
     DesignPath path("/d/x");
     path.SetFileName(c.name);
-    EXPECT_EQ(path.NextVariant(), c.next) << c.name;
-    EXPECT_EQ(path.GetFileName(), c.next);
+    std::string result;
+    switch (c.operation) {
+      case kExtension: result = path.GetExtension(); break;
+      case kStem: result = path.GetStem(); break;
+      case kChange: result = path.ChangeExtension(c.argument); break;
+      case kNext: result = path.NextVariant(); break;
+    }
+    EXPECT_EQ(result, c.result) << c.operation << " " << c.name;
+    if (c.operation >= kChange) {
+      EXPECT_EQ(path.GetFileName(), c.result) << c.name;
+    }
   }
-}
-
-TEST(DesignPath, FolderOperations) {
-  DesignPath path;
-  path.SetDirectory("/home/ann");
-  EXPECT_EQ(path.GetDirectory(), "/home/ann/");
-  path.SetDirectory("/home/ann/");
-  EXPECT_EQ(path.GetDirectory(), "/home/ann/");
-  path.SetDirectory("/designs/old/");
-  path.ChangeFileName("new");
-  EXPECT_EQ(path.GetDirectory(), "/designs/new/");
-}
-
-TEST(DesignPath, LastExtensionAndTitleCase) {
-  DesignPath path;
+  DesignPath path("/d/rose.PES");
+  EXPECT_TRUE(path.HasExtension(".pes") && path.HasExtension("Pes"));
+  EXPECT_FALSE(path.HasExtension("pe"));
   path.SetFileName("a_b.c-d");
   EXPECT_EQ(path.LastExtension("."), "c-d");
   EXPECT_EQ(path.LastExtension("._-"), "d");
   EXPECT_EQ(path.LastExtension("#"), "a_b.c-d");
   EXPECT_EQ(DesignPath::TitleCase("hello wORLD/my designs"), "Hello World/My Designs");
-  EXPECT_EQ(DesignPath::TitleCase(""), "");
+}
+
+TEST(DesignPath, FolderOperations) {
+  DesignPath path;
+  path.SplitName("/designs/old/");  // the last character is ignored
+  EXPECT_EQ(path.GetDirectory() + "|" + path.GetFileName(), "/designs/|old/");
+  path.SetDirectory("/home/ann");
+  EXPECT_EQ(path.GetDirectory(), "/home/ann/");
+  path.SetDirectory("/designs/old/");
+  path.ChangeFileName("new");
+  EXPECT_EQ(path.GetDirectory(), "/designs/new/");
 }
 
 TEST(DesignPath, DriveTypes) {

