@@ -1,16 +1,30 @@
 #include "cli/commands.h"
 #include "core/design_path.h"
 #include "core/format_table.h"
+#include "core/preferences.h"
+#include "core/text.h"
 
 namespace fennick::cli {
 
 int RunConvert(const Arguments& arguments) {
-  if (arguments.size() != 2) {
+  std::vector<std::string> names;
+  int pes5 = -1;  // -1: as stored
+  for (const std::string& argument : arguments) {
+    if (argument == "--pes5" || argument == "--no-pes5") {
+      pes5 = argument == "--pes5" ? 1 : 0;
+    } else if (argument.rfind("--", 0) == 0) {
+      ReportError("convert", "unknown argument \"" + argument + "\"");
+      return 2;
+    } else {
+      names.push_back(argument);
+    }
+  }
+  if (names.size() != 2) {
     ReportError("convert", "name the design to read and the file to write");
     return 2;
   }
-  const std::string& input = arguments[0];
-  const std::string& output = arguments[1];
+  const std::string& input = names[0];
+  const std::string& output = names[1];
   const FormatCode target = FormatFromExtension(LowerExtension(output));
   const FormatEntry* format = FindFormat(target);
   if (format == nullptr || format->write == nullptr) {
@@ -19,6 +33,11 @@ int RunConvert(const Arguments& arguments) {
   }
   Design design;
   if (!LoadDesign(input, design)) return 1;
+  // This command is the Save As: its settings are the ones the PES writer follows.
+  ConversionSettings settings;
+  ReadConversion(AsciiLower(format->extension), settings);
+  if (pes5 != -1) settings.pes5 = pes5;
+  SetSaveAsConversion(settings);
   // The target's name gives the label that formats such as DST carry.
   design.name = output;
   std::vector<uint8_t> bytes;

@@ -4,6 +4,8 @@
 
 #include "cli/commands.h"
 #include "core/format_table.h"
+#include "core/preferences.h"
+#include "threads/palettes.h"
 #include "tools/sample_design.h"
 
 namespace fennick::cli {
@@ -65,6 +67,26 @@ std::string CompareRoundTrip(const Design& written, const Design& read) {
   return "OK";
 }
 
+// The sample's colours as a plain PES file keeps them: the nearest palette
+// entries, the extended ones included in a "#PES0040" file.
+Design WithPaletteColors(const Design& sample, const std::vector<uint8_t>& bytes) {
+  const bool extended = bytes.size() >= 8 && std::string(bytes.begin(), bytes.begin() + 8) == "#PES0040";
+  Design expected = sample;
+  for (ThreadColor& thread : expected.threads) {
+    uint8_t r, g, b;
+    const int index = PecNearestColor(static_cast<uint8_t>(thread.rgb), static_cast<uint8_t>(thread.rgb >> 8),
+                                      static_cast<uint8_t>(thread.rgb >> 16), false, extended);
+    thread.rgb = PecColorRgb(index, r, g, b);
+  }
+  return expected;
+}
+
+struct DemoFile {
+  std::string name;
+  FormatCode code;
+  int pes5;  // -1: not a PES file
+};
+
 }  // namespace
 
 int RunDemo(const Arguments& arguments) {
@@ -92,26 +114,42 @@ int RunDemo(const Arguments& arguments) {
   int failures = 0;
   std::vector<std::string> extensions;
   WritableExtensions(&extensions);
+  std::vector<DemoFile> files;
   for (const std::string& extension : extensions) {
     const FormatCode code = FormatFromExtension(extension);
     if (FindFormat(code)->write == nullptr) continue;
-    const std::string path = directory + "/fennick-demo." + extension;
+    files.push_back({"fennick-demo." + extension, code, code == kFormatPes ? 0 : -1});
+    if (code == kFormatPes) files.push_back({"fennick-demo-v5.pes", code, 1});
+  }
+  for (const DemoFile& file : files) {
+    const std::string path = directory + "/" + file.name;
     Design written = sample;
     written.name = path;
+    if (file.pes5 != -1) {
+      ConversionSettings settings;
+      ReadConversion("pes", settings);
+      settings.pes5 = file.pes5;
+      SetSaveAsConversion(settings);
+    }
     std::vector<uint8_t> bytes;
-    if (WriteDesignFile(written, bytes, code) == 0 || !SaveFile(path, bytes)) {
+    if (WriteDesignFile(written, bytes, file.code) == 0 || !SaveFile(path, bytes)) {
       ++failures;
       continue;
     }
     Design read;
     const bool loaded = LoadDesign(path, read);
-    const std::string verdict = loaded ? CompareRoundTrip(sample, read) : "could not be read back";
+    // Each PES path keeps the colours its own way: palette entries, or the
+    // thread records the writer chose (which it left in the written design).
+    Design expected = sample;
+    if (file.pes5 == 0) expected = WithPaletteColors(sample, bytes);
+    if (file.pes5 == 1) expected.threads = written.threads;
+    const std::string verdict = loaded ? CompareRoundTrip(expected, read) : "could not be read back";
     if (verdict != "OK") ++failures;
     // A thumbnail of what was read back, as the browser would show it.
     BitmapOptions thumbnail;
     thumbnail.size = 200;
     if (loaded && !SavePicture(read, thumbnail, path + ".png")) ++failures;
-    std::printf("%-22s %9zu %9lld %8zu  %s\n", ("fennick-demo." + extension).c_str(), bytes.size(),
+    std::printf("%-22s %9zu %9lld %8zu  %s\n", file.name.c_str(), bytes.size(),
                 loaded ? static_cast<long long>(read.DisplayedStitchCount()) : 0LL, read.threads.size(), verdict.c_str());
   }
   return failures == 0 ? 0 : 1;

@@ -16,8 +16,11 @@ constexpr Command kCommands[] = {
      "Prints the design as read, as JSON (schema emb-dump/1): absolute stitch positions in 0.1 mm\n"
      "with y up, colour blocks, bounds and node counts.",
      fennick::cli::RunDump},
-    {"convert", "fennick convert IN OUT",
-     "Reads IN and writes OUT in the format of OUT's extension.", fennick::cli::RunConvert},
+    {"convert", "fennick convert IN OUT [--pes5|--no-pes5]",
+     "Reads IN and writes OUT in the format of OUT's extension. A PES file follows the stored\n"
+     "conversion settings (\"pes5\": version 5 and 6 with the real thread colours); --pes5 and\n"
+     "--no-pes5 override them for this file.",
+     fennick::cli::RunConvert},
     {"notes", "fennick notes IN [OUT.txt]",
      "Writes the design's notes: name, size, date and each thread's stitches and length, in\n"
      "yards and inches when the \"English\" preference is set. Without OUT they go to standard output.",
@@ -28,7 +31,7 @@ constexpr Command kCommands[] = {
      fennick::cli::RunRender},
     {"demo", "fennick demo [--out DIR]",
      "Builds a sample design in code, writes it in every writable format into DIR (default\n"
-     "./demo-out), reads each file back, draws it as a PNG thumbnail beside the file and prints a\n"
+     "./demo-out), PES both plain and with real colours (fennick-demo-v5.pes), reads each file back, draws it as a PNG thumbnail beside the file and prints a\n"
      "table of the results.",
      fennick::cli::RunDemo},
 };

@@ -3,6 +3,7 @@
 #include <array>
 
 #include "core/design_path.h"
+#include "core/preferences.h"
 #include "core/text.h"
 #include "formats/dst.h"
 #include "formats/pes.h"
@@ -11,8 +12,14 @@
 namespace fennick {
 namespace {
 
+// PES follows the settings of the last Save As.
+int WritePesWithSaveAsSettings(Design& design, std::vector<uint8_t>& out) {
+  const ConversionSettings settings = SaveAsConversion();
+  return WritePesFile(design, out, {settings.pes5 != 0, settings.ensureTrims != 0, settings.settingsFlag != 0});
+}
+
 constexpr std::array<FormatEntry, 17> kFormats{{
-    {kFormatPes, "PES", ReadPesFile, nullptr},
+    {kFormatPes, "PES", ReadPesFile, WritePesWithSaveAsSettings},
     {kFormatSew, "SEW", nullptr, nullptr},
     {kFormatJef, "JEF", nullptr, nullptr},
     {kFormatHus, "HUS", nullptr, nullptr},

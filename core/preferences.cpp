@@ -9,6 +9,7 @@
 #include <array>
 #include <cerrno>
 #include <cstdlib>
+#include <mutex>
 #include <optional>
 #include <string_view>
 #include <system_error>
@@ -487,6 +488,26 @@ int ReadConversion(const std::string& extension, ConversionSettings& record) {
   record.pes5 = store.GetInt(kConversionSection, "pes5", record.pes5);
   record.ensureTrims = store.GetInt(kConversionSection, "pestrim", record.ensureTrims);
   return 0;
+}
+
+namespace {
+std::mutex saveAsMutex;
+std::optional<ConversionSettings> saveAsRecord;
+}  // namespace
+
+void SetSaveAsConversion(const ConversionSettings& record) {
+  const std::lock_guard<std::mutex> lock(saveAsMutex);
+  saveAsRecord = record;
+}
+
+ConversionSettings SaveAsConversion() {
+  {
+    const std::lock_guard<std::mutex> lock(saveAsMutex);
+    if (saveAsRecord) return *saveAsRecord;
+  }
+  ConversionSettings record;
+  ReadConversion("pes", record);
+  return record;
 }
 
 BasteSettings GetBaste() {

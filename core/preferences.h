@@ -80,6 +80,12 @@ const ConversionSettings& BuiltInConversion(int formatCode);
 // extension. Always returns 0.
 int ReadConversion(const std::string& extension, ConversionSettings& record);
 
+// The settings of the last Save As, which the PES writer follows (pes5,
+// ensureTrims). Process-wide and safe from any thread; until one is set,
+// SaveAsConversion gives ReadConversion("pes") as it stands at the call.
+void SetSaveAsConversion(const ConversionSettings& record);
+ConversionSettings SaveAsConversion();
+
 // The one-line readers of section "Settings" and friends, with their defaults.
 struct BasteSettings {
   int32_t combine = 1;

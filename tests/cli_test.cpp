@@ -75,6 +75,17 @@ TEST_F(CliTest, ConvertWritesTheTargetFormat) {
   EXPECT_EQ(Run("info rose.dst").status, 0);
 }
 
+TEST_F(CliTest, ConvertToPesFollowsTheStoredSettingOrTheFlag) {
+  // The stored "pes5" (on by default for PES) and the flags that override it.
+  const std::pair<const char*, const char*> cases[] = {
+      {"", "#PES0050"}, {" --no-pes5", "#PES0001"}, {" --pes5", "#PES0050"}};
+  for (const auto& [flag, signature] : cases) {
+    ASSERT_EQ(Run("convert '" + sample + "' rose.pes" + flag).status, 0) << flag;
+    const std::vector<uint8_t> pes = folder.Read("rose.pes");
+    EXPECT_EQ(std::string(pes.begin(), pes.begin() + 8), signature) << flag;
+  }
+}
+
 TEST_F(CliTest, RenderWritesPngOrBitmapAtTheAskedSize) {
   ASSERT_EQ(Run("render '" + sample + "' rose.png --size 64 --flat --background 102030").status, 0);
   const std::vector<uint8_t> png = folder.Read("rose.png");

@@ -1,0 +1,378 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <bit>
+#include <string>
+
+#include "formats/pec.h"
+#include "formats/pes.h"
+#include "formats/pes_labels.h"
+#include "threads/palettes.h"
+#include "tests/test_support.h"
+#include "tools/sample_design.h"
+
+namespace fennick {
+namespace {
+
+using Bytes = std::vector<uint8_t>;
+using test::AsReaderInput;
+using test::Nodes;
+using test::SetNodes;
+
+constexpr uint32_t kBlack = ColorRef(0, 0, 0);
+constexpr uint32_t kWhite = ColorRef(255, 255, 255);
+
+struct Builder {
+  Bytes bytes;
+  Builder& Text(const std::string& text) {
+    bytes.insert(bytes.end(), text.begin(), text.end());
+    return *this;
+  }
+  Builder& Word(int value) {
+    bytes.push_back(static_cast<uint8_t>(value));
+    bytes.push_back(static_cast<uint8_t>(value >> 8));
+    return *this;
+  }
+  Builder& Words(std::initializer_list<int> values) {
+    for (const int value : values) Word(value);
+    return *this;
+  }
+  Builder& Zeros(size_t count) {
+    bytes.insert(bytes.end(), count, 0);
+    return *this;
+  }
+  Builder& Float(float value) {
+    const uint32_t bits = std::bit_cast<uint32_t>(value);
+    return Word(static_cast<int>(bits & 0xFFFF)).Word(static_cast<int>(bits >> 16));
+  }
+};
+
+Design Thread(Design design, uint32_t rgb) {
+  ThreadColor thread;
+  thread.rgb = rgb;
+  design.threads.push_back(thread);
+  return design;
+}
+
+// One stitch across a box of w by h, in black.
+Design Box(int32_t w, int32_t h) {
+  Design design;
+  SetNodes(design, {{0, 0, 0}, {w, h, 0}});
+  return Thread(design, kBlack);
+}
+
+Bytes Write(Design& design, bool pes5) {
+  Bytes out;
+  EXPECT_EQ(WritePesFile(design, out, {pes5, false, false}), 0);
+  return out;
+}
+
+bool StartsWith(const Bytes& bytes, const Bytes& prefix) {
+  return bytes.size() >= prefix.size() && std::equal(prefix.begin(), prefix.end(), bytes.begin());
+}
+
+uint32_t PecOffset(const Bytes& file) { return file[8] | file[9] << 8 | file[10] << 16 | uint32_t{file[11]} << 24; }
+
+uint8_t Palette(uint32_t rgb, bool extended) {
+  return static_cast<uint8_t>(PecNearestColor(static_cast<uint8_t>(rgb), static_cast<uint8_t>(rgb >> 8),
+                                              static_cast<uint8_t>(rgb >> 16), false, extended));
+}
+
+TEST(PesWriter, PlainHeadersByHoop) {
+  // The header up to its object block, PEC offset left 0.
+  auto version2 = Builder().Text("#PES0020").Zeros(4).Words({180, 130, 1, 7, 19}).Zeros(6).Words({25, 1, 0, 1});
+  auto version4 = [](int w, int h) {
+    return Builder().Text("#PES0040").Zeros(4).Word(1).Text("01").Zeros(5).Words({0, w, h, w > h, 7, 19}).Zeros(6)
+        .Words({25, 1}).Zeros(6).Word(1);
+  };
+  const struct {
+    int32_t w, h;
+    Bytes header;
+  } cases[] = {
+      {1000, 1000, Builder().Text("#PES0001").Zeros(4).Words({0, 1, 1}).bytes},
+      {1300, 1800, Builder().Text("#PES0001").Zeros(4).Words({1, 1, 1}).bytes},
+      {1800, 1300, version2.bytes},
+      {1600, 2600, version4(160, 260).bytes},
+      {1301, 1801, version4(160, 260).bytes},
+      {2600, 1600, version4(260, 160).bytes},
+      {3000, 3000, version4(260, 160).bytes},  // fits no hoop: still written, turned
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(std::to_string(c.w) + " by " + std::to_string(c.h));
+    Design design = Box(c.w, c.h);
+    Bytes file = Write(design, false);
+    ASSERT_GT(file.size(), c.header.size() + 86);
+    std::fill_n(file.begin() + 8, 4, 0);
+    EXPECT_TRUE(StartsWith(file, c.header));
+    EXPECT_EQ(std::string(file.begin() + static_cast<ptrdiff_t>(c.header.size()) + 6,
+                          file.begin() + static_cast<ptrdiff_t>(c.header.size()) + 13), "CEmbOne");
+  }
+}
+
+TEST(PesWriter, RealColorHeadersByHoop) {
+  auto header = [](const char* signature, const char* code, int w, int h) {
+    Builder b;
+    b.Text(signature).Zeros(4).Word(1).Text(code).Zeros(5).Word(0);
+    const bool six = std::string(signature) == "#PES0060";
+    if (six) b.Word(0);
+    b.Words({w, h, 0});
+    if (six) b.Words({230, 330, w, h, 100});
+    return b.Words({7, 19, 0, 0, 0, 25, 1, 0, 0, 0x8000, 0x3F, 0, 0, 0, 0, 0x8000, 0x3F}).Zeros(13).bytes;
+  };
+  const struct {
+    int32_t w, h;
+    Bytes header;
+  } cases[] = {
+      {1000, 1000, header("#PES0050", "01", 100, 100)}, {1300, 1800, header("#PES0050", "01", 130, 180)},
+      {1800, 1300, header("#PES0050", "01", 180, 130)}, {1600, 2600, header("#PES0050", "01", 160, 260)},
+      {2600, 1600, header("#PES0050", "01", 260, 160)}, {1800, 3000, header("#PES0060", "02", 180, 300)},
+      {3000, 1800, header("#PES0060", "02", 300, 180)}, {3000, 2000, header("#PES0055", "10", 300, 200)},
+      {3001, 3001, header("#PES0055", "10", 200, 300)},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(std::to_string(c.w) + " by " + std::to_string(c.h));
+    Design design = Box(c.w, c.h);
+    Bytes file = Write(design, true);
+    std::fill_n(file.begin() + 8, 4, 0);
+    EXPECT_TRUE(StartsWith(file, c.header));
+    EXPECT_EQ(file[c.header.size()], 1);  // one thread record
+  }
+}
+
+// Two colours: a stitch right, a stop, a stitch up. Bounds 100 by 50.
+Design TwoColors() {
+  Design design;
+  SetNodes(design, {{0, 0, 0}, {100, 0, 0}, {0, 0, STITCH_COLORSTOP}, {0, 50, 0}});
+  return Thread(Thread(design, kBlack), kWhite);
+}
+
+Bytes ObjectBlock(bool withBox, float floatX, float floatY, int offsetX, int offsetY, int segs) {
+  Builder b;
+  b.Words({0xFFFF, 0, 7}).Text("CEmbOne");
+  for (int copy = 0; copy < 2; ++copy) {
+    if (withBox) b.Words({950, 975, 1050, 1025});
+    else b.Zeros(8);
+  }
+  b.Float(1).Float(0).Float(0).Float(1).Float(floatX).Float(floatY);
+  b.Words({1, offsetX, offsetY, 100, 50}).Zeros(8).Words({segs, 0xFFFF, 0, 7}).Text("CSewSeg");
+  return b.bytes;
+}
+
+TEST(PesWriter, PlainObjectBlockSegmentsAndColorTable) {
+  Design design = TwoColors();
+  const Bytes file = Write(design, false);
+  // Centred through the first node: (-50, -25). x0 = -50 - 50, y0 = -25 + 25.
+  const uint8_t black = Palette(kBlack, false), white = Palette(kWhite, false);
+  Builder expected;
+  expected.bytes = ObjectBlock(true, 900.0f, 1000.0f, 50, 25, 2);
+  expected.Words({0, black, 2, 0, 0, 100, 0});  // stitches from (0, 0)
+  expected.Words({0x8003, 0, white, 3, 100, 0, 100, 0, 100, -50});  // the stop opens a segment
+  expected.Words({2, 0, black, 1, white, 0, 0});
+  ASSERT_GE(file.size(), 18 + expected.bytes.size());
+  EXPECT_EQ(Bytes(file.begin() + 18, file.begin() + 18 + static_cast<ptrdiff_t>(expected.bytes.size())),
+            expected.bytes);
+  const uint32_t pec = PecOffset(file);
+  EXPECT_EQ(pec, 18 + expected.bytes.size());
+  EXPECT_EQ(std::string(file.begin() + pec, file.begin() + pec + 3), "LA:");
+  EXPECT_EQ(file[pec + 31], 0x20);
+}
+
+TEST(PesWriter, RealColorObjectBlockSegmentsAndColorTable) {
+  Design design = TwoColors();
+  const Bytes file = Write(design, true);
+  // The stop becomes a jump; the first node, a jump from the box's corner,
+  // stands at (0, -50): x0 = 0 - 50, y0 = -50 + 25.
+  const Bytes object = ObjectBlock(false, 950.0f, 1025.0f, 0, 0, 4);
+  const auto at = std::search(file.begin(), file.end(), object.begin(), object.end());
+  ASSERT_NE(at, file.end());
+  Builder expected;
+  expected.Words({1, 0, 1, 0, 0});                                   // the jump from the corner
+  expected.Words({0x8003, 0, 0, 2, 0, 0, 100, 0});                   // stitches
+  expected.Words({0x8003, 1, 1, 2, 100, 0, 100, 0});                 // the change, a jump
+  expected.Words({0x8003, 0, 1, 2, 100, 0, 100, -50});               // the second colour
+  expected.Words({2, 0, 0, 3, 1}).Zeros(12);                          // counter runs one ahead
+  expected.bytes.push_back(0);
+  expected.Zeros(7);
+  expected.bytes.push_back(1);
+  expected.Zeros(3);
+  const auto segments = at + static_cast<ptrdiff_t>(object.size());
+  ASSERT_GE(file.end() - segments, static_cast<ptrdiff_t>(expected.bytes.size()));
+  EXPECT_EQ(Bytes(segments, segments + static_cast<ptrdiff_t>(expected.bytes.size())), expected.bytes);
+  const uint32_t pec = PecOffset(file);
+  EXPECT_EQ(file.begin() + pec, segments + static_cast<ptrdiff_t>(expected.bytes.size()));
+  EXPECT_EQ(file[pec + 31], 0xFF);
+}
+
+// What the reader makes of the written design: the turn the file holds, a
+// stop with a move split in two, a jump at the start, jumps merged, centred,
+// then turned upright by the hoop.
+std::vector<test::Node> AsReadBack(const Design& written) {
+  Design expected;
+  bool first = true;
+  for (const StitchNode& node : written.stitches) {
+    const uint32_t flags = node.flags & (STITCH_COLORSTOP | STITCH_JUMP);
+    if (first) {
+      expected.stitches.PushBack(node.dx, node.dy, STITCH_JUMP);
+    } else if ((flags & STITCH_COLORSTOP) && node.HasMove()) {
+      expected.stitches.PushBack(0, 0, STITCH_COLORSTOP);
+      expected.stitches.PushBack(node.dx, node.dy, STITCH_JUMP);
+    } else if (flags & STITCH_COLORSTOP) {
+      expected.stitches.PushBack(0, 0, STITCH_COLORSTOP);
+    } else {
+      expected.stitches.PushBack(node.dx, node.dy, flags);
+    }
+    first = false;
+  }
+  if (written.hoopRotation != 0) expected.RotateQuarter(written.hoopRotation);
+  expected.MergeJumps(true);
+  expected.Centre();
+  if (written.hoopRotation != 0) expected.RotateQuarter(-written.hoopRotation);
+  return Nodes(expected);
+}
+
+// A zigzag of stitches over w by h in three colours, with a jump between colours.
+Design Zigzag(int32_t w, int32_t h) {
+  Design design;
+  std::vector<test::Node> nodes{{0, 0, 0}};
+  for (int color = 0; color < 3; ++color) {
+    if (color > 0) nodes.insert(nodes.end(), {{40, 0, STITCH_JUMP}, {0, 0, STITCH_COLORSTOP}});
+    for (int i = 0; i < 8; ++i) nodes.emplace_back(w / 30, (i % 2 == 0 ? h : -h), 0);
+  }
+  SetNodes(design, nodes);
+  for (const uint32_t rgb : {ColorRef(200, 30, 30), ColorRef(20, 140, 60), ColorRef(250, 250, 250)}) {
+    design = Thread(design, rgb);
+  }
+  return design;
+}
+
+TEST(PesWriter, EveryDesignReadsBackToItsNodesAndColours) {
+  const struct {
+    const char* name;
+    Design design;
+  } designs[] = {
+      {"sample", SampleDesign()}, {"small", Zigzag(900, 900)}, {"turned to 180 by 130", Zigzag(1700, 1200)},
+      {"version 4 turned", Zigzag(2500, 1500)}, {"version 6 turned", Zigzag(2900, 1700)},
+      {"too big for any hoop", Zigzag(3100, 3100)},
+  };
+  for (const auto& entry : designs) {
+    for (const bool pes5 : {false, true}) {
+      SCOPED_TRACE(std::string(entry.name) + (pes5 ? ", pes5" : ", plain"));
+      Design written = entry.design;
+      const Bytes file = Write(written, pes5);
+      Design read;
+      ASSERT_TRUE(ReadPesFile(read, AsReaderInput(file)));
+      EXPECT_EQ(Nodes(read), AsReadBack(written));
+      ASSERT_EQ(read.threads.size(), entry.design.threads.size());
+      const bool extended = std::string(file.begin(), file.begin() + 8) == "#PES0040";
+      for (size_t i = 0; i < read.threads.size(); ++i) {
+        if (pes5) {
+          EXPECT_EQ(read.threads[i].rgb, written.threads[i].rgb) << "colour " << i;
+          EXPECT_FALSE(read.threads[i].brand.empty()) << "colour " << i;
+        } else {
+          uint8_t r, g, b;
+          EXPECT_EQ(read.threads[i].rgb, PecColorRgb(Palette(entry.design.threads[i].rgb, extended), r, g, b));
+        }
+      }
+      EXPECT_EQ(read.fileThreads.empty(), !pes5);
+    }
+  }
+}
+
+TEST(PesWriter, RealFileWrittenAgainKeepsStitchesAndColours) {
+  Design original;
+  ASSERT_TRUE(ReadPesFile(original, AsReaderInput(test::ReadTestFile("star.pes"))));
+  for (const bool pes5 : {false, true}) {
+    SCOPED_TRACE(pes5 ? "pes5" : "plain");
+    Design written;
+    ASSERT_TRUE(ReadPesFile(written, AsReaderInput(test::ReadTestFile("star.pes"))));
+    Design read;
+    ASSERT_TRUE(ReadPesFile(read, AsReaderInput(Write(written, pes5))));
+    EXPECT_EQ(Nodes(read), Nodes(original));
+    ASSERT_EQ(read.threads.size(), original.threads.size());
+    for (size_t i = 0; i < read.threads.size(); ++i) EXPECT_EQ(read.threads[i].rgb, original.threads[i].rgb);
+  }
+}
+
+TEST(PesWriter, NothingWithoutColoursAndFailureWithoutStitches) {
+  Design noColors;
+  SetNodes(noColors, {{0, 0, 0}, {10, 10, 0}});
+  Bytes out{1};
+  EXPECT_EQ(WritePesFile(noColors, out, {}), 0);
+  EXPECT_TRUE(out.empty());
+  Design empty = Thread(Design(), kBlack);
+  EXPECT_EQ(WritePesFile(empty, out, {true, false, false}), -1);
+}
+
+TEST(PesHeaderThreadsWriter, BrandsAppliqueAndSharedRecords) {
+  Design design;
+  design.formatVersion = 1;
+  uint8_t r, g, b;
+  ThreadColor palette;  // a version 1 thread: palette index, no brand
+  palette.rgb = PecColorRgb(5, r, g, b);
+  palette.chartIndex = 5;
+  ThreadColor applique;
+  applique.colorName = "Applique Pos.";
+  applique.rgb = ColorRef(1, 2, 3);
+  ThreadColor branded;  // keeps its own colour under a chart brand
+  branded.rgb = ColorRef(1, 2, 4);
+  branded.brand = "Sulky Rayon";
+  branded.chartIndex = 0x1100;
+  design.threads = {palette, applique, palette, branded};
+  EXPECT_EQ(BuildHeaderThreads(design), (std::vector<int>{0, 1, 0, 2}));
+  ASSERT_EQ(design.fileThreads.size(), 3u);
+  EXPECT_EQ(design.fileThreads[0].brand, "EMBROIDERY");
+  EXPECT_EQ(design.fileThreads[0].description, "5");
+  EXPECT_EQ(design.fileThreads[0].catalogNumber, PecStandardNumber(5));
+  EXPECT_EQ(design.fileThreads[0].threadKind, 10);
+  EXPECT_EQ(design.fileThreads[1].catalogNumber, "101");
+  EXPECT_TRUE(design.fileThreads[1].brand.empty());
+  EXPECT_EQ(design.fileThreads[2].brand, "SU Rayon");
+  EXPECT_EQ(design.fileThreads[2].rgb, ColorRef(1, 2, 4));
+  EXPECT_EQ(design.fileThreads[2].threadKind, 1);
+}
+
+TEST(PesLabels, NumberOverLogoOrAppliquePicture) {
+  auto rows = [](const std::array<uint8_t, kPesLabelSize>& label, int first, int last) {
+    return std::any_of(label.begin() + 6 * first, label.begin() + 6 * (last + 1), [](uint8_t v) { return v != 0; });
+  };
+  ThreadColor thread;
+  thread.catalogNumber = "123456";
+  thread.brand = "EMBROIDERY";
+  const auto label = DrawPesLabel(thread);
+  EXPECT_FALSE(rows(label, 0, 1));
+  EXPECT_TRUE(rows(label, 2, 10));
+  EXPECT_TRUE(rows(label, 11, 23));
+  thread.brand = "option color";
+  EXPECT_EQ(DrawPesLabel(thread), label);  // the same logo, in any case
+  thread.brand = "Flesh Tone(EMBROIDERY)";
+  EXPECT_FALSE(rows(DrawPesLabel(thread), 11, 23));  // no logo of its own
+  thread.catalogNumber = "";
+  thread.brand = "";
+  EXPECT_FALSE(rows(DrawPesLabel(thread), 0, 23));
+  thread.catalogNumber = "100";
+  const auto material = DrawPesLabel(thread);
+  thread.catalogNumber = "101";
+  EXPECT_TRUE(rows(material, 2, 23));
+  EXPECT_NE(DrawPesLabel(thread), material);
+}
+
+TEST(PecThumbnails, OneWalkDrawsWhatEachColourDrawsAlone) {
+  for (const char* name : {"star.pes", "geometric_objects.pec"}) {
+    SCOPED_TRACE(name);
+    Design design;
+    ASSERT_TRUE(ReadPesFile(design, AsReaderInput(test::ReadTestFile(name))));
+    const size_t colors = design.threads.size();
+    Bytes oneWalk((colors + 1) * kPecThumbnailSize, 0x55);
+    RenderPecThumbnails(design, oneWalk);
+    Bytes alone((colors + 1) * kPecThumbnailSize, 0);
+    for (size_t i = 0; i < colors; ++i) {
+      RenderPecThumbnail(design, static_cast<int>(i),
+                         std::span<uint8_t>(alone).subspan((i + 1) * kPecThumbnailSize, kPecThumbnailSize));
+    }
+    RenderPecThumbnail(design, -1, alone);
+    EXPECT_EQ(oneWalk, alone);
+  }
+}
+
+}  // namespace
+}  // namespace fennick
