@@ -1,4 +1,5 @@
-// Writing the million-stitch design as PES on both paths, thumbnails included.
+// Writing the million-stitch design as PES on both paths, thumbnails included,
+// and reading it back.
 #include <benchmark/benchmark.h>
 
 #include "formats/pes.h"
@@ -31,6 +32,20 @@ BENCHMARK(BM_PesWritePlain)->Unit(benchmark::kMillisecond);
 
 void BM_PesWriteRealColors(benchmark::State& state) { WritePes(state, true); }
 BENCHMARK(BM_PesWriteRealColors)->Unit(benchmark::kMillisecond);
+
+void BM_PesRead(benchmark::State& state) {
+  Design written = LargeDesign();
+  std::vector<uint8_t> bytes;
+  WritePesFile(written, bytes, {true, false, false});
+  bytes.push_back(0);  // as ReadDesignFile hands files to readers
+  for (auto _ : state) {
+    Design design;
+    ReadPesFile(design, bytes);
+    benchmark::DoNotOptimize(design.stitches.Size());
+  }
+  state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(kStitches));
+}
+BENCHMARK(BM_PesRead)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 }  // namespace fennick
