@@ -105,11 +105,9 @@ int ALMemoryBase::GrowTo(size_t needed) {
   return AL_SUCCESS;
 }
 
-ALMemory::ALMemory(std::string objectName, size_t bufferSize, ALCase nameCase)
-    : ALMemoryBase(std::move(objectName), bufferSize, AL_MEMORY_OBJECT, nameCase) {}
-
 ALMemory::ALMemory(std::string objectName, std::span<uint8_t> userBuffer, ALCase nameCase, size_t bufferSize)
     : ALMemoryBase(std::move(objectName), bufferSize, AL_MEMORY_OBJECT, nameCase), user_(userBuffer) {
+  if (userBuffer.empty()) return;
   userOwned_ = true;
   blockSize_ = userBuffer.size();
   size_ = static_cast<long>(userBuffer.size());
@@ -154,11 +152,9 @@ std::vector<uint8_t> ALMemory::ReleaseBytes() {
   return bytes;
 }
 
-ALWinMemory::ALWinMemory(std::string objectName, size_t bufferSize, ALCase nameCase)
-    : ALMemoryBase(std::move(objectName), bufferSize, AL_WIN_MEMORY_OBJECT, nameCase) {}
-
 ALWinMemory::ALWinMemory(std::string objectName, GlobalHandle userHandle, ALCase nameCase, size_t bufferSize)
     : ALMemoryBase(std::move(objectName), bufferSize, AL_WIN_MEMORY_OBJECT, nameCase), handle_(userHandle) {
+  if (userHandle == 0) return;
   userOwned_ = true;
   blockSize_ = GlobalSize(userHandle);
   size_ = static_cast<long>(blockSize_);

@@ -49,12 +49,11 @@ class ALMemoryBase : public ALStorage {
 
 class ALMemory : public ALMemoryBase {
  public:
-  explicit ALMemory(std::string objectName = "AL.TMP", size_t bufferSize = kALDefaultBufferSize,
-                    ALCase nameCase = AL_EXACT_CASE);
-  // Over the caller's buffer, which must outlive the object and never grows;
-  // its whole length is the storage's size until Create.
-  ALMemory(std::string objectName, std::span<uint8_t> userBuffer, ALCase nameCase = AL_EXACT_CASE,
-           size_t bufferSize = kALDefaultBufferSize);
+  // With an empty `userBuffer` the object owns a block that grows. Otherwise
+  // it works on the caller's buffer, which must outlive it and never grows;
+  // the buffer's whole length is the storage's size until Create.
+  explicit ALMemory(std::string objectName = "AL.TMP", std::span<uint8_t> userBuffer = {},
+                    ALCase nameCase = AL_EXACT_CASE, size_t bufferSize = kALDefaultBufferSize);
   ~ALMemory() override;
 
   // The stored bytes, after any pending writes are flushed.
@@ -76,11 +75,10 @@ class ALMemory : public ALMemoryBase {
 
 class ALWinMemory : public ALMemoryBase {
  public:
-  explicit ALWinMemory(std::string objectName = "AL.TMP", size_t bufferSize = kALDefaultBufferSize,
-                       ALCase nameCase = AL_EXACT_CASE);
-  // Over the caller's block, which stays the caller's and never grows.
-  ALWinMemory(std::string objectName, GlobalHandle userHandle, ALCase nameCase = AL_EXACT_CASE,
-              size_t bufferSize = kALDefaultBufferSize);
+  // With a `userHandle` of 0 the object owns a block that grows. Otherwise
+  // it works on the caller's block, which stays the caller's and never grows.
+  explicit ALWinMemory(std::string objectName = "AL.TMP", GlobalHandle userHandle = 0,
+                       ALCase nameCase = AL_EXACT_CASE, size_t bufferSize = kALDefaultBufferSize);
   ~ALWinMemory() override;
 
   GlobalHandle GetHandle() const { return handle_; }

@@ -9,7 +9,8 @@ class ALStorage;
 class ALMonitor {
  public:
   virtual ~ALMonitor() = default;
-  // `position` is the storage's Tell() after the load or flush.
+  // `position` is how far the storage has loaded or flushed: the end of the
+  // bytes just moved.
   virtual void Progress(long position, ALStorage& storage) = 0;
 };
 

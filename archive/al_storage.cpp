@@ -76,7 +76,7 @@ int ALStorage::Seek(long position) {
 }
 
 void ALStorage::YieldTime() {
-  if (monitor != nullptr) monitor->Progress(Tell(), *this);
+  if (monitor != nullptr) monitor->Progress(position_, *this);
 }
 
 int ALStorage::Rename(const std::string& newName, bool /*deleteOnClash*/) {

@@ -66,7 +66,7 @@ class ALStorage {
   virtual int FlushBuffer() = 0;
   // Flushes, then makes `position` the next byte to read or write.
   virtual int Seek(long position);
-  // Reports the position to the monitor, if one is attached.
+  // Reports how far loading or flushing has come to the monitor, if any.
   virtual void YieldTime();
   // An empty `newName` restores the old name. The base only renames the
   // object; files rename on disk too.
