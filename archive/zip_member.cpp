@@ -142,8 +142,13 @@ int DeleteZipMember(const DesignPath& path, std::string* statusText) {
   int result;
   if (!FileExists(backup)) {
     // The rewrite leaves the old archive under its ".bak" name, removed here.
+    struct stat info {};
+    const bool known = stat(zipFile.c_str(), &info) == 0;
     result = archive.Delete(list, destination);
-    if (result >= 0) unlink(backup.c_str());
+    if (result >= 0) {
+      if (known) chmod(zipFile.c_str(), info.st_mode & 07777);  // the rewrite keeps the permissions
+      unlink(backup.c_str());
+    }
   } else {
     // A ".bak" file of the user's own is never replaced: the new archive
     // goes over the old one in a single rename instead.
