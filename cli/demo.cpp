@@ -110,7 +110,7 @@ int StoreInZip(const std::string& directory, const std::vector<std::pair<std::st
   if (verdict != "OK") ++failures;
   std::error_code error;
   const auto size = std::filesystem::file_size(zipFile, error);
-  std::printf("%-22s %9llu %9lld %8zu  %s\n", "designs.zip: .dst", error ? 0ULL : static_cast<unsigned long long>(size),
+  std::printf("%-22s %9llu %9lld %8zu  %s\n", "designs.zip (dst)", error ? 0ULL : static_cast<unsigned long long>(size),
               loaded ? static_cast<long long>(fromZip.DisplayedStitchCount()) : 0LL, fromZip.threads.size(),
               verdict.c_str());
   return failures;
