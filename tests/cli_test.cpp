@@ -156,7 +156,7 @@ TEST_F(CliTest, DemoWritesAndReadsBackEveryWritableFormat) {
   EXPECT_EQ(outcome.out.find("instead of"), std::string::npos) << outcome.out;
   EXPECT_TRUE(std::filesystem::exists(folder.File("out/fennick-demo.dst")));
   EXPECT_TRUE(std::filesystem::exists(folder.File("out/fennick-demo.dst.png")));
-  EXPECT_NE(outcome.out.find("designs.zip: .dst"), std::string::npos) << outcome.out;
+  EXPECT_NE(outcome.out.find("designs.zip (dst)"), std::string::npos) << outcome.out;
 }
 
 TEST_F(CliTest, ZipMembersAreAddedListedReadAndDeleted) {
