@@ -17,10 +17,6 @@ constexpr int32_t kExtentMax = -10000;
 constexpr int32_t kThreadAllowance = 7500;
 constexpr double kDegreesPerRadian = 57.29577950560105;
 
-// Moves are 32-bit; sums that leave that range wrap as they always did,
-// without undefined behaviour on hostile input.
-int32_t Wrap(int64_t value) { return static_cast<int32_t>(value); }
-
 struct Extent {
   int32_t minX = kExtentMin, maxX = kExtentMax, minY = kExtentMin, maxY = kExtentMax;
   void Widen(int64_t x, int64_t y) {
@@ -119,8 +115,8 @@ StitchPoint Design::ComputeBounds(StitchNode* start) {
   if (node == nullptr) return {};
   int32_t x = 0, y = 0;
   for (; node != nullptr; node = node->Next()) {
-    x = Wrap(int64_t{x} + node->dx);
-    y = Wrap(int64_t{y} + node->dy);
+    x = Wrap32(int64_t{x} + node->dx);
+    y = Wrap32(int64_t{y} + node->dy);
     maxX = std::max(maxX, x);
     minX = std::min(minX, x);
     maxY = std::max(maxY, y);
@@ -132,33 +128,33 @@ StitchPoint Design::ComputeBounds(StitchNode* start) {
 StitchPoint Design::Centre(StitchNode* start) {
   if (stitches.Empty()) return {};
   StitchPoint end = ComputeBounds(start);
-  const int32_t cx = Wrap((int64_t{maxX} + minX) / 2);
-  const int32_t cy = Wrap((int64_t{maxY} + minY) / 2);
+  const int32_t cx = Wrap32((int64_t{maxX} + minX) / 2);
+  const int32_t cy = Wrap32((int64_t{maxY} + minY) / 2);
   StitchNode* first = start != nullptr ? start : stitches.Head();
   if (first->IsJump()) {
-    first->dx = Wrap(int64_t{first->dx} - cx);
-    first->dy = Wrap(int64_t{first->dy} - cy);
+    first->dx = Wrap32(int64_t{first->dx} - cx);
+    first->dy = Wrap32(int64_t{first->dy} - cy);
   } else {
-    stitches.InsertBefore(first, Wrap(-int64_t{cx}), Wrap(-int64_t{cy}), STITCH_JUMP);
+    stitches.InsertBefore(first, Wrap32(-int64_t{cx}), Wrap32(-int64_t{cy}), STITCH_JUMP);
   }
-  maxX = Wrap(int64_t{maxX} - cx);
-  minX = Wrap(int64_t{minX} - cx);
-  end.x = Wrap(int64_t{end.x} - cx);
-  maxY = Wrap(int64_t{maxY} - cy);
-  minY = Wrap(int64_t{minY} - cy);
-  end.y = Wrap(int64_t{end.y} - cy);
+  maxX = Wrap32(int64_t{maxX} - cx);
+  minX = Wrap32(int64_t{minX} - cx);
+  end.x = Wrap32(int64_t{end.x} - cx);
+  maxY = Wrap32(int64_t{maxY} - cy);
+  minY = Wrap32(int64_t{minY} - cy);
+  end.y = Wrap32(int64_t{end.y} - cy);
   // An odd width keeps its extra unit on the plus side of x, an odd height on
   // the minus side of y. The asymmetry is deliberate.
   StitchNode* balance = start != nullptr ? start : stitches.Head();
   if (maxX < std::llabs(minX)) {
-    balance->dx = Wrap(int64_t{balance->dx} + 1);
-    maxX = Wrap(int64_t{maxX} + 1);
-    minX = Wrap(int64_t{minX} + 1);
+    balance->dx = Wrap32(int64_t{balance->dx} + 1);
+    maxX = Wrap32(int64_t{maxX} + 1);
+    minX = Wrap32(int64_t{minX} + 1);
   }
   if (maxY > std::llabs(minY)) {
-    balance->dy = Wrap(int64_t{balance->dy} - 1);
-    maxY = Wrap(int64_t{maxY} - 1);
-    minY = Wrap(int64_t{minY} - 1);
+    balance->dy = Wrap32(int64_t{balance->dy} - 1);
+    maxY = Wrap32(int64_t{maxY} - 1);
+    minY = Wrap32(int64_t{minY} - 1);
   }
   return end;
 }
@@ -172,8 +168,8 @@ void Design::MergeJumps(bool keepStitches) {
       current = next;
       continue;
     }
-    current->dx = Wrap(int64_t{current->dx} + next->dx);
-    current->dy = Wrap(int64_t{current->dy} + next->dy);
+    current->dx = Wrap32(int64_t{current->dx} + next->dx);
+    current->dy = Wrap32(int64_t{current->dy} + next->dy);
     const bool nextWasJump = next->IsJump();
     stitches.Remove(next);
     // A swallowed landing stitch ends the run.
@@ -215,8 +211,8 @@ void Design::SplitLongStitches(int32_t maxStep, int32_t /*unused*/, bool pureJum
       last = stitches.InsertBefore(node, stepX, stepY, STITCH_JUMP);
       if (first == nullptr) first = last;
     }
-    last->dx = Wrap(last->dx + int64_t{node->dx} - stepX * count);
-    last->dy = Wrap(last->dy + int64_t{node->dy} - stepY * count);
+    last->dx = Wrap32(last->dx + int64_t{node->dx} - stepX * count);
+    last->dy = Wrap32(last->dy + int64_t{node->dy} - stepY * count);
     node->dx = 0;
     node->dy = 0;
     if (!pureJumps) {
@@ -235,8 +231,8 @@ void Design::RotateQuarter(int32_t direction) {
   const int32_t sign = direction >= 1 ? 1 : -1;
   for (StitchNode& node : stitches) {
     const int64_t dx = node.dx;
-    node.dx = Wrap(int64_t{node.dy} * sign);
-    node.dy = Wrap(-dx * sign);
+    node.dx = Wrap32(int64_t{node.dy} * sign);
+    node.dy = Wrap32(-dx * sign);
   }
   std::swap(maxX, maxY);
   std::swap(minX, minY);

@@ -33,6 +33,9 @@ enum ColorAnalysisSlot {
   kRgbSum = 7,
 };
 
+// Sums of moves wrap at 32 bits, in every pass over a design alike.
+constexpr int32_t Wrap32(int64_t value) { return static_cast<int32_t>(static_cast<uint32_t>(value)); }
+
 // A colour as threads keep it: 0x00BBGGRR.
 constexpr uint32_t ColorRef(uint8_t r, uint8_t g, uint8_t b) {
   return static_cast<uint32_t>(r) | static_cast<uint32_t>(g) << 8 | static_cast<uint32_t>(b) << 16;

@@ -30,8 +30,6 @@ constexpr size_t kLastStitchPosition = 513;
 constexpr uint32_t kShortestStitchLength = 15;  // L - 4 must reach 11
 constexpr uint32_t kStitchHeaderLength = 16;    // offsets 512 to 527 count in L
 
-int32_t Wrap(int64_t value) { return static_cast<int32_t>(value); }
-
 // One axis: a short byte, or a long pair of 12 bits whose marker may make the
 // stitch a jump.
 int32_t DecodeAxis(ByteReader& reader, bool& jump) {
@@ -230,14 +228,14 @@ PecBlockInfo ReadPecBlock(Design& design, std::span<const uint8_t> bytes, size_t
       design.stitches.PushBack(stitch.dx, stitch.dy, stitch.flags);
     }
   }
-  sumX = Wrap(x);
-  sumY = Wrap(y);
+  sumX = Wrap32(x);
+  sumY = Wrap32(y);
   if (StitchNode* tail = design.stitches.Tail()) {
     if (tail->IsJump()) {
-      tail->dx = Wrap(int64_t{tail->dx} - sumX);
-      tail->dy = Wrap(int64_t{tail->dy} - sumY);
+      tail->dx = Wrap32(int64_t{tail->dx} - sumX);
+      tail->dy = Wrap32(int64_t{tail->dy} - sumY);
     } else {
-      design.stitches.PushBack(Wrap(-int64_t{sumX}), Wrap(-int64_t{sumY}), STITCH_JUMP);
+      design.stitches.PushBack(Wrap32(-int64_t{sumX}), Wrap32(-int64_t{sumY}), STITCH_JUMP);
     }
     sumX = sumY = 0;
     info.closed = true;
@@ -264,8 +262,8 @@ size_t AppendPecBlock(std::vector<uint8_t>& out, const Design& design, const Pec
     if (first) {
       node.flags &= ~STITCH_COLORSTOP;
       if (!settings.startAtCorner) {
-        node.dx = Wrap(int64_t{node.dx} + width / 2);
-        node.dy = Wrap(int64_t{node.dy} - height / 2);
+        node.dx = Wrap32(int64_t{node.dx} + width / 2);
+        node.dy = Wrap32(int64_t{node.dy} - height / 2);
       }
       first = false;
     }

@@ -59,8 +59,6 @@ constexpr std::array<const char*, 3> kAppliqueNumbers{"100", "101", "102"};
 constexpr int kFirstApplique = 62;  // PecPalette index of "Applique Mat."
 constexpr int32_t kAppliqueKind = 10;
 
-int32_t Wrap(int64_t value) { return static_cast<int32_t>(value); }
-
 // The number that leading blanks, a sign and digits give, as far as digits go; 0 without any.
 int LeadingNumber(std::string_view text) {
   size_t i = 0;
@@ -273,8 +271,8 @@ bool ReadPesFile(Design& design, std::span<const uint8_t> bytes) {
       if (piece == 2) dy -= kPieceShift;
       if (previousPiece == 0) dy -= kPieceShift;
       if (previousPiece == 2) dy += kPieceShift;
-      first->dx = Wrap(int64_t{first->dx} + closingX);
-      first->dy = Wrap(dy);
+      first->dx = Wrap32(int64_t{first->dx} + closingX);
+      first->dy = Wrap32(dy);
       offset += block.stitchLength + kPecThumbnailSize * static_cast<size_t>(block.colorCount) + kBlockOverhead;
     }
     closingX = blockClosingX;

@@ -26,8 +26,6 @@ constexpr size_t kColorTableRoom = 1024;  // bytes the colour tables may take
 constexpr size_t kTrailerBlock = 128;
 constexpr size_t kObjectSegmentCount = 71;  // offset of `segs` in the object block
 
-int32_t Wrap(int64_t value) { return static_cast<int32_t>(value); }
-
 // Hoop and version code. `turn` is the quarter turn the stitches take in the file.
 struct Hoop {
   int code;
@@ -56,8 +54,8 @@ Hoop PickRealColorHoop(int32_t w, int32_t h) {
   return {5, 200, 300, -1};  // also a design that fits no hoop
 }
 
-int32_t Width(const Design& design) { return Wrap(int64_t{design.maxX} - design.minX); }
-int32_t Height(const Design& design) { return Wrap(int64_t{design.maxY} - design.minY); }
+int32_t Width(const Design& design) { return Wrap32(int64_t{design.maxX} - design.minX); }
+int32_t Height(const Design& design) { return Wrap32(int64_t{design.maxY} - design.minY); }
 
 void Turn(Design& design, int direction) {
   design.RotateQuarter(direction);
@@ -69,21 +67,21 @@ void Turn(Design& design, int direction) {
 void CentreThroughFirstNode(Design& design) {
   design.ComputeBounds();
   StitchNode* first = design.stitches.Head();
-  const int32_t cx = Wrap((int64_t{design.maxX} + design.minX) / 2);
-  const int32_t cy = Wrap((int64_t{design.maxY} + design.minY) / 2);
-  first->dx = Wrap(int64_t{first->dx} - cx);
-  first->dy = Wrap(int64_t{first->dy} - cy);
-  design.maxX = Wrap(int64_t{design.maxX} - cx);
-  design.minX = Wrap(int64_t{design.minX} - cx);
-  design.maxY = Wrap(int64_t{design.maxY} - cy);
-  design.minY = Wrap(int64_t{design.minY} - cy);
+  const int32_t cx = Wrap32((int64_t{design.maxX} + design.minX) / 2);
+  const int32_t cy = Wrap32((int64_t{design.maxY} + design.minY) / 2);
+  first->dx = Wrap32(int64_t{first->dx} - cx);
+  first->dy = Wrap32(int64_t{first->dy} - cy);
+  design.maxX = Wrap32(int64_t{design.maxX} - cx);
+  design.minX = Wrap32(int64_t{design.minX} - cx);
+  design.maxY = Wrap32(int64_t{design.maxY} - cy);
+  design.minY = Wrap32(int64_t{design.minY} - cy);
   if (design.maxX < std::llabs(design.minX)) {
-    first->dx = Wrap(int64_t{first->dx} + 1);
+    first->dx = Wrap32(int64_t{first->dx} + 1);
     ++design.maxX;
     ++design.minX;
   }
   if (std::llabs(design.minY) < design.maxY) {
-    first->dy = Wrap(int64_t{first->dy} - 1);
+    first->dy = Wrap32(int64_t{first->dy} - 1);
     --design.maxY;
     --design.minY;
   }
@@ -96,7 +94,7 @@ void CutLongMoves(Design& design) {
     if (std::abs(node->dx) <= kLongestMove && std::abs(node->dy) <= kLongestMove) continue;
     const int32_t cx = std::clamp(node->dx, -kLongestMove, kLongestMove);
     const int32_t cy = std::clamp(node->dy, -kLongestMove, kLongestMove);
-    design.stitches.InsertAfter(node, Wrap(int64_t{node->dx} - cx), Wrap(int64_t{node->dy} - cy), STITCH_JUMP);
+    design.stitches.InsertAfter(node, Wrap32(int64_t{node->dx} - cx), Wrap32(int64_t{node->dy} - cy), STITCH_JUMP);
     node->dx = cx;
     node->dy = cy;
     node->flags |= STITCH_JUMP;
@@ -110,8 +108,8 @@ void PrepareRealColorStops(Design& design) {
   StitchNode* head = stitches.Head();
   while (head->IsJump() && head->Next() != nullptr && head->Next()->IsJump()) {
     StitchNode* next = head->Next();
-    head->dx = Wrap(int64_t{head->dx} + next->dx);
-    head->dy = Wrap(int64_t{head->dy} + next->dy);
+    head->dx = Wrap32(int64_t{head->dx} + next->dx);
+    head->dy = Wrap32(int64_t{head->dy} + next->dy);
     head->flags |= next->flags & STITCH_COLORSTOP;
     stitches.Remove(next);
   }
@@ -125,8 +123,8 @@ void PrepareRealColorStops(Design& design) {
     if (!next->IsJump()) {
       node->flags |= STITCH_JUMP;
     } else {
-      next->dx = Wrap(int64_t{next->dx} + node->dx);
-      next->dy = Wrap(int64_t{next->dy} + node->dy);
+      next->dx = Wrap32(int64_t{next->dx} + node->dx);
+      next->dy = Wrap32(int64_t{next->dy} + node->dy);
       next->flags |= STITCH_COLORSTOP;
       stitches.Remove(node);
     }
@@ -175,6 +173,19 @@ size_t WriteObjectBlock(ByteWriter& writer, const Design& design, int32_t x0, in
   return segments;
 }
 
+// The hoop in mm, whether it lies wide, and the fixed words that follow it in
+// the version 2 and 4 headers.
+void WriteHoopFields(ByteWriter& writer, const Hoop& hoop) {
+  writer.U16LE(static_cast<uint16_t>(hoop.width));
+  writer.U16LE(static_cast<uint16_t>(hoop.height));
+  writer.U16LE(hoop.width > hoop.height ? 1 : 0);
+  writer.U16LE(7);
+  writer.U16LE(19);
+  writer.Fill(0, 6);
+  writer.U16LE(25);
+  writer.U16LE(1);
+}
+
 void WritePlainHeader(ByteWriter& writer, const Hoop& hoop, bool large) {
   if (hoop.code == 1) {
     writer.Text("#PES0001");
@@ -184,18 +195,10 @@ void WritePlainHeader(ByteWriter& writer, const Hoop& hoop, bool large) {
     writer.U16LE(1);
     return;
   }
-  const bool wide = hoop.width > hoop.height;
   if (hoop.code == 2) {
     writer.Text("#PES0020");
     writer.U32LE(0);
-    writer.U16LE(static_cast<uint16_t>(hoop.width));
-    writer.U16LE(static_cast<uint16_t>(hoop.height));
-    writer.U16LE(wide ? 1 : 0);
-    writer.U16LE(7);
-    writer.U16LE(19);
-    writer.Fill(0, 6);
-    writer.U16LE(25);
-    writer.U16LE(1);
+    WriteHoopFields(writer, hoop);
     writer.U16LE(0);
     writer.U16LE(1);
     return;
@@ -206,14 +209,7 @@ void WritePlainHeader(ByteWriter& writer, const Hoop& hoop, bool large) {
   writer.Text("01");
   writer.Fill(0, 5);  // five empty strings
   writer.U16LE(0);
-  writer.U16LE(static_cast<uint16_t>(hoop.width));
-  writer.U16LE(static_cast<uint16_t>(hoop.height));
-  writer.U16LE(wide ? 1 : 0);
-  writer.U16LE(7);
-  writer.U16LE(19);
-  writer.Fill(0, 6);
-  writer.U16LE(25);
-  writer.U16LE(1);
+  WriteHoopFields(writer, hoop);
   writer.Fill(0, 6);
   writer.U16LE(1);
 }
@@ -331,8 +327,8 @@ uint16_t WriteSegments(std::vector<uint8_t>& out, const Design& design, bool cha
       addPoint();  // each segment begins where the one before ended
     }
     previousSegmentJump = segmentJump;
-    x = Wrap(int64_t{x} + node->dx);
-    y = Wrap(int64_t{y} + node->dy);
+    x = Wrap32(int64_t{x} + node->dx);
+    y = Wrap32(int64_t{y} + node->dy);
     addPoint();
   }
   PatchU16(out, countOffset, points);
@@ -447,8 +443,8 @@ int WriteRealColors(Design& design, std::vector<uint8_t>& out) {
 
   const int32_t w = Width(design), h = Height(design);
   StitchNode* head = design.stitches.Head();
-  head->dx = Wrap(int64_t{head->dx} + w / 2);
-  head->dy = Wrap(int64_t{head->dy} - h / 2);
+  head->dx = Wrap32(int64_t{head->dx} + w / 2);
+  head->dy = Wrap32(int64_t{head->dy} - h / 2);
   head->flags = (head->flags | STITCH_JUMP) & ~STITCH_COLORSTOP;
   design.SplitLongStitches(kLongestMove, 0, true);
 

@@ -69,7 +69,6 @@ class FieldReader {
   ByteReader reader_;
 };
 
-int32_t Wrap(int64_t value) { return static_cast<int32_t>(value); }
 // Moves are narrowed to signed 16 bits on purpose, wrapping as they always did.
 int32_t Narrow16(int64_t value) { return static_cast<int16_t>(value); }
 
@@ -222,8 +221,8 @@ std::optional<int64_t> ReadBlock(Design& design, std::span<const uint8_t> bytes,
   const int64_t placeX = (boxX1 + boxX2) / 2 + offsetX + (int64_t{design.minX} + design.maxX) / 2;
   const int64_t placeY = (boxY1 + boxY2) / 2 + offsetY + (int64_t{design.minY} + design.maxY) / 2;
   if (StitchNode* head = BlockHead(design, before)) {
-    head->dx = Wrap(head->dx + placeX);
-    head->dy = Wrap(head->dy + placeY);
+    head->dx = Wrap32(head->dx + placeX);
+    head->dy = Wrap32(head->dy + placeY);
   }
   design.stitches.PushBack(Narrow16(-(end.x + placeX)), Narrow16(-(end.y + placeY)), STITCH_JUMP);
   return dataEnd;
