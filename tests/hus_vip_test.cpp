@@ -215,8 +215,14 @@ TEST(HusVipRoundTrip, WrittenDesignsReadBackToTheSameNodes) {
        {4, 4, STITCH_COLORSTOP}, {1, 2, 0}},
       {{10, 10, 0}, {0, 0, STITCH_COLORSTOP}, {7, -7, 0}, {0, 0, STITCH_COLORSTOP}, {-3, 2, 0}},
   };
+  // One stitch repeated packs best of all: far more stitches than file bytes.
+  std::vector<Node> repeated(60000, Node{2, 1, 0});
+  repeated[30000] = {0, 0, STITCH_COLORSTOP};
+  repeated.push_back({0, 0, STITCH_COLORSTOP});
+  std::vector<std::vector<Node>> all = designs;
+  all.push_back(repeated);
   for (const Case& format : formats) {
-    for (const auto& nodes : designs) {
+    for (const auto& nodes : all) {
       Design design;
       design.name = format.name;
       design.threads.resize(3, DefaultPaletteColor(12));
@@ -224,6 +230,9 @@ TEST(HusVipRoundTrip, WrittenDesignsReadBackToTheSameNodes) {
       design.ComputeBounds();
       std::vector<uint8_t> out;
       ASSERT_EQ(format.write(design, out), 0);
+      if (nodes.size() > 1000) {
+        ASSERT_LT(out.size() * 64, nodes.size()) << "expected a file that packs well, got " << out.size();
+      }
       // What the reader gives: the written nodes, finished as readers finish.
       Design expected = design;
       expected.MergeJumps(false);
