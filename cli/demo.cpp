@@ -2,7 +2,9 @@
 #include <filesystem>
 #include <iostream>
 
+#include "archive/file_operations.h"
 #include "cli/commands.h"
+#include "core/design_path.h"
 #include "core/format_table.h"
 #include "core/preferences.h"
 #include "formats/hus.h"
@@ -105,6 +107,33 @@ struct DemoFile {
   int pes5;  // -1: not a PES file
 };
 
+// Stores every file in DIR/designs.zip, reads the DST one back out of it and
+// prints its table line, compared with the plain file. The count of failures.
+int StoreInZip(const std::string& directory, const std::vector<std::pair<std::string, std::vector<uint8_t>>>& files) {
+  const std::string zipFile = directory + "/designs.zip";
+  int failures = 0;
+  for (const auto& [name, bytes] : files) {
+    DesignPath member;
+    member.SetZipFile(zipFile);
+    member.SetFileName(name);
+    if (WriteFileBlock(bytes, member, kWriteNoDialog) != 0) {
+      ReportError(zipFile, "cannot store " + name);
+      ++failures;
+    }
+  }
+  Design plain, fromZip;
+  const bool loaded = LoadDesign(directory + "/fennick-demo.dst", plain) &&
+                      LoadDesign("Zip:" + zipFile + ":fennick-demo.dst", fromZip);
+  const std::string verdict = loaded ? CompareRoundTrip(plain, fromZip) : "could not be read back";
+  if (verdict != "OK") ++failures;
+  std::error_code error;
+  const auto size = std::filesystem::file_size(zipFile, error);
+  std::printf("%-22s %9llu %9lld %8zu  %s\n", "designs.zip (dst)", error ? 0ULL : static_cast<unsigned long long>(size),
+              loaded ? static_cast<long long>(fromZip.DisplayedStitchCount()) : 0LL, fromZip.threads.size(),
+              verdict.c_str());
+  return failures;
+}
+
 }  // namespace
 
 int RunDemo(const Arguments& arguments) {
@@ -133,6 +162,7 @@ int RunDemo(const Arguments& arguments) {
   std::vector<std::string> extensions;
   WritableExtensions(&extensions);
   std::vector<DemoFile> files;
+  std::vector<std::pair<std::string, std::vector<uint8_t>>> stored;  // what goes into designs.zip
   for (const std::string& extension : extensions) {
     const FormatCode code = FormatFromExtension(extension);
     if (FindFormat(code)->write == nullptr) continue;
@@ -154,6 +184,7 @@ int RunDemo(const Arguments& arguments) {
       ++failures;
       continue;
     }
+    stored.emplace_back(file.name, bytes);
     Design read;
     const bool loaded = LoadDesign(path, read);
     // Each PES path keeps the colours its own way: palette entries, or the
@@ -171,6 +202,7 @@ int RunDemo(const Arguments& arguments) {
     std::printf("%-22s %9zu %9lld %8zu  %s\n", file.name.c_str(), bytes.size(),
                 loaded ? static_cast<long long>(read.DisplayedStitchCount()) : 0LL, read.threads.size(), verdict.c_str());
   }
+  failures += StoreInZip(directory, stored);
   return failures == 0 ? 0 : 1;
 }
 

@@ -32,8 +32,14 @@ constexpr Command kCommands[] = {
     {"demo", "fennick demo [--out DIR]",
      "Builds a sample design in code, writes it in every writable format into DIR (default\n"
      "./demo-out), PES both plain and with real colours (fennick-demo-v5.pes), reads each file back, draws it as a PNG thumbnail beside the file and prints a\n"
-     "table of the results.",
+     "table of the results. All files also go into DIR/designs.zip, and the DST one is read back from it.",
      fennick::cli::RunDemo},
+    {"zip", "fennick zip list ZIP | zip add ZIP FILE [NAME] | zip delete ZIP NAME",
+     "Lists the members of a ZIP file, adds FILE as member NAME (default: FILE's name; a member of\n"
+     "that name, in any case, is replaced), or deletes member NAME. The ZIP file is rewritten as a\n"
+     "whole, so a failure leaves it as it was. Every command that reads a design also takes a\n"
+     "member as \"Zip:archive.zip:member\".",
+     fennick::cli::RunZip},
 };
 
 void PrintUsage(std::ostream& out) {

@@ -1,6 +1,7 @@
 // ReadDesignFile and WriteDesignFile: the dispatch over the format table.
 #include <exception>
 
+#include "archive/zip_member.h"
 #include "core/design_path.h"
 #include "core/file_io.h"
 #include "core/format_table.h"
@@ -28,11 +29,12 @@ int ReadDesignFile(Design& design, const std::string& path) {
   design.name = path;
   RememberLastFile(location.FullName());
 
-  if (path.rfind(kZipPrefix, 0) == 0) {
-    return -1;  // ZIP members are read by the archive layer, which is not built yet
-  }
   std::vector<uint8_t> bytes;
-  if (ReadWholeFile(location.FullName(), bytes) != FileRead::kOk) return -1;
+  if (path.rfind(kZipPrefix, 0) == 0) {
+    if (ReadZipMember(location, bytes) != 0) return -1;
+  } else if (ReadWholeFile(location.FullName(), bytes) != FileRead::kOk) {
+    return -1;
+  }
   bytes.push_back(0);  // every reader counts this zero byte in its size
 
   design.name = location.ToString();

@@ -142,7 +142,7 @@ TEST_F(CliTest, BadInputGivesOneLineAndAnExitCode) {
 }
 
 TEST_F(CliTest, EveryCommandHasHelp) {
-  for (const char* command : {"info", "dump", "convert", "render", "notes", "demo"}) {
+  for (const char* command : {"info", "dump", "convert", "render", "notes", "demo", "zip"}) {
     const Outcome outcome = Run(std::string(command) + " --help");
     EXPECT_EQ(outcome.status, 0) << command;
     EXPECT_EQ(outcome.out.rfind(std::string("usage: fennick ") + command, 0), 0u) << outcome.out;
@@ -156,6 +156,29 @@ TEST_F(CliTest, DemoWritesAndReadsBackEveryWritableFormat) {
   EXPECT_EQ(outcome.out.find("instead of"), std::string::npos) << outcome.out;
   EXPECT_TRUE(std::filesystem::exists(folder.File("out/fennick-demo.dst")));
   EXPECT_TRUE(std::filesystem::exists(folder.File("out/fennick-demo.dst.png")));
+  EXPECT_NE(outcome.out.find("designs.zip (dst)"), std::string::npos) << outcome.out;
+}
+
+TEST_F(CliTest, ZipMembersAreAddedListedReadAndDeleted) {
+  EXPECT_EQ(Run("zip add d.zip '" + sample + "' Designs/Geo.DST").status, 0);
+  const Outcome list = Run("zip list d.zip");
+  EXPECT_EQ(list.status, 0) << list.err;
+  EXPECT_NE(list.out.find("deflate"), std::string::npos) << list.out;
+  EXPECT_NE(list.out.find("Designs/Geo.DST"), std::string::npos) << list.out;
+  const std::string member = "'Zip:d.zip:designs/geo.dst'";
+  for (const std::string& command : {"info " + member, "dump " + member, "notes " + member,
+                                     "render " + member + " geo.png", "convert " + member + " geo.pes"}) {
+    const Outcome outcome = Run(command);
+    EXPECT_EQ(outcome.status, 0) << command << ": " << outcome.err;
+  }
+  EXPECT_NE(Run("info " + member).out.find("size:     8.23 cm x 8.48 cm"), std::string::npos);
+  const Outcome missing = Run("zip delete d.zip other.dst");
+  EXPECT_EQ(missing.status, 1);
+  EXPECT_NE(missing.err.find("no member"), std::string::npos) << missing.err;
+  EXPECT_EQ(Run("zip delete d.zip DESIGNS/GEO.DST").status, 0);
+  EXPECT_EQ(std::filesystem::file_size(folder.File("d.zip")), 22u);
+  EXPECT_NE(Run("info " + member).status, 0);
+  EXPECT_EQ(Run("zip frobnicate d.zip").status, 2);
 }
 
 }  // namespace

@@ -1,0 +1,278 @@
+// ZIP access: archives of the system's zip program, archives written here,
+// the end record search, names, damaged members and malformed files.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <random>
+
+#include "archive/al_memory.h"
+#include "archive/al_pk_archive.h"
+#include "archive/al_pk_engine.h"
+#include "archive/zip_member.h"
+#include "tests/test_support.h"
+
+namespace fennick {
+namespace {
+
+using Bytes = std::vector<uint8_t>;
+
+Bytes ToBytes(const std::string& text) { return Bytes(text.begin(), text.end()); }
+
+DesignPath Member(const std::string& zipFile, const std::string& name) {
+  DesignPath path;
+  path.SetZipFile(zipFile);
+  path.SplitName(name);
+  return path;
+}
+
+// Little-endian patches of hand-placed record fields.
+void Put16(Bytes& bytes, size_t at, uint16_t value) {
+  bytes.at(at) = static_cast<uint8_t>(value);
+  bytes.at(at + 1) = static_cast<uint8_t>(value >> 8);
+}
+void Put32(Bytes& bytes, size_t at, uint32_t value) {
+  Put16(bytes, at, static_cast<uint16_t>(value));
+  Put16(bytes, at + 2, static_cast<uint16_t>(value >> 16));
+}
+
+size_t Find(const Bytes& bytes, const std::string& text) {
+  const auto at = std::search(bytes.begin(), bytes.end(), text.begin(), text.end());
+  return at == bytes.end() ? std::string::npos : static_cast<size_t>(at - bytes.begin());
+}
+
+class ZipTest : public ::testing::Test {
+ protected:
+  test::ScratchFolder folder;
+
+  // Runs a shell command in the scratch folder; the zip tools must be there.
+  int Shell(const std::string& command) {
+    return std::system(("cd '" + folder.Path().string() + "' && " + command + " >/dev/null 2>&1").c_str());
+  }
+  void SetUp() override {
+    ASSERT_EQ(std::system("command -v zip >/dev/null && command -v unzip >/dev/null"), 0)
+        << "zip and unzip must be installed (scripts/setup.sh)";
+  }
+  // One stored member "m.txt" with `text`, written by the system's zip.
+  Bytes StoredZip(const std::string& text) {
+    folder.Write("m.txt", ToBytes(text));
+    EXPECT_EQ(Shell("zip -q -0 -X s.zip m.txt"), 0);
+    return folder.Read("s.zip");
+  }
+  // Extracts every member of `zipFile` with ALPkArchive; the archive status.
+  ALStatus ExtractAll(const std::string& zipFile, int& result) {
+    ALPkArchive archive(zipFile);
+    ALEntryList list;
+    result = archive.ReadDirectory(list);
+    if (result >= 0) result = archive.Extract(list);
+    ALStatus status;
+    if (archive.status.GetStatusCode() < 0) status.SetError(archive.status.GetStatusCode(), "%s", archive.status.GetStatusDetail());
+    return status;
+  }
+};
+
+TEST_F(ZipTest, SystemZipMembersReadStoredOrDeflatedAnyCase) {
+  const Bytes text = ToBytes(std::string(3000, 'a') + "tail");
+  folder.Write("rose.dst", text);
+  std::filesystem::create_directory(folder.Path() / "sub");
+  folder.Write("sub/Tulip.txt", ToBytes("tulip"));
+  ASSERT_EQ(Shell("zip -q -9 d.zip rose.dst sub/Tulip.txt && zip -q -0 s.zip rose.dst"), 0);
+  const struct {
+    const char* zip;
+    const char* name;
+    Bytes expected;
+  } cases[] = {{"d.zip", "rose.dst", text}, {"d.zip", "ROSE.DST", text}, {"d.zip", "sub/tulip.TXT", ToBytes("tulip")},
+               {"s.zip", "Rose.dst", text}};
+  for (const auto& c : cases) {
+    Bytes bytes;
+    EXPECT_EQ(ReadZipMember(Member(folder.File(c.zip), c.name), bytes), 0) << c.zip << " " << c.name;
+    EXPECT_EQ(bytes, c.expected) << c.name;
+  }
+  Bytes bytes;
+  EXPECT_EQ(ReadZipMember(Member(folder.File("d.zip"), "tulip.txt"), bytes), 1) << "folders are part of the name";
+  EXPECT_EQ(ReadZipMember(Member(folder.File("none.zip"), "rose.dst"), bytes), 1);
+  EXPECT_EQ(ReadZipMember(DesignPath(folder.File("rose.dst")), bytes), 1) << "not a member path";
+}
+
+TEST_F(ZipTest, MembersEqualButForCaseGiveTheFirst) {
+  folder.Write("Rose.txt", ToBytes("first"));
+  folder.Write("rose.txt", ToBytes("second"));
+  ASSERT_EQ(Shell("zip -q z.zip Rose.txt rose.txt"), 0);
+  Bytes bytes;
+  ASSERT_EQ(ReadZipMember(Member(folder.File("z.zip"), "ROSE.TXT"), bytes), 0);
+  EXPECT_EQ(bytes, ToBytes("first"));
+}
+
+TEST_F(ZipTest, WrittenArchivesPassUnzipAndReadBack) {
+  const std::string zip = folder.File("new.zip");
+  const Bytes big(70000, 7), small = ToBytes("small"), replaced = ToBytes("replaced");
+  ASSERT_EQ(WriteZipMember(Member(zip, "big.pes"), big), 0) << "a missing archive is created";
+  ASSERT_EQ(WriteZipMember(Member(zip, "dir/small.dst"), small), 0);
+  ASSERT_EQ(WriteZipMember(Member(zip, "BIG.pes"), replaced), 0) << "same name in other case replaces";
+  EXPECT_EQ(Shell("unzip -t new.zip"), 0);
+  Bytes bytes;
+  ASSERT_EQ(ReadZipMember(Member(zip, "big.pes"), bytes), 0);
+  EXPECT_EQ(bytes, replaced);
+  ASSERT_EQ(ReadZipMember(Member(zip, "dir/small.dst"), bytes), 0);
+  EXPECT_EQ(bytes, small);
+  ALPkArchive archive(zip);
+  ALEntryList list;
+  EXPECT_EQ(archive.ReadDirectory(list), 2);
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.Path()), {}), 1) << "no temporary file is left";
+}
+
+TEST_F(ZipTest, AppendToASystemZipKeepsItValid) {
+  // The system's records carry extra fields that the rewritten directory
+  // drops, so the new end lies before the old one.
+  for (char c = 'a'; c < 'k'; ++c) folder.Write(std::string(1, c) + ".txt", ToBytes("text"));
+  ASSERT_EQ(Shell("zip -q z.zip ?.txt"), 0);
+  ALPkArchive archive(folder.File("z.zip"));
+  ALEntryList list;
+  Bytes content = ToBytes("e");
+  list.Add(std::make_unique<ALMemory>("new.txt", std::span<uint8_t>(content)), std::make_unique<ALPkCompressor>(),
+           std::make_unique<ALPkDecompressor>());
+  ASSERT_EQ(archive.Append(list), 1) << archive.status.GetStatusDetail();
+  EXPECT_EQ(Shell("unzip -t z.zip"), 0);
+  ALPkArchive again(folder.File("z.zip"));
+  ALEntryList entries;
+  EXPECT_EQ(again.ReadDirectory(entries), 11);
+}
+
+TEST_F(ZipTest, DeletingTheLastMemberLeavesTheEndRecordOnly) {
+  const std::string zip = folder.File("one.zip");
+  ASSERT_EQ(WriteZipMember(Member(zip, "rose.pes"), ToBytes("rose")), 0);
+  ASSERT_EQ(DeleteZipMember(Member(zip, "nothere.pes")), 0);
+  Bytes bytes;
+  EXPECT_EQ(ReadZipMember(Member(zip, "rose.pes"), bytes), 0) << "a missing member leaves the archive";
+  ASSERT_EQ(DeleteZipMember(Member(zip, "ROSE.pes")), 0);
+  Bytes empty = ToBytes("PK\x05\x06");
+  empty.resize(22, 0);
+  EXPECT_EQ(folder.Read("one.zip"), empty);
+  EXPECT_FALSE(std::filesystem::exists(folder.File("one.bak")));
+}
+
+TEST_F(ZipTest, AUsersBakFileSurvivesADelete) {
+  const std::string zip = folder.File("two.zip");
+  ASSERT_EQ(WriteZipMember(Member(zip, "a.pes"), ToBytes("a")), 0);
+  ASSERT_EQ(WriteZipMember(Member(zip, "b.pes"), ToBytes("b")), 0);
+  folder.Write("two.bak", ToBytes("mine"));
+  ASSERT_EQ(DeleteZipMember(Member(zip, "a.pes")), 0);
+  EXPECT_EQ(folder.Read("two.bak"), ToBytes("mine"));
+  Bytes bytes;
+  EXPECT_EQ(ReadZipMember(Member(zip, "a.pes"), bytes), 1);
+  EXPECT_EQ(ReadZipMember(Member(zip, "b.pes"), bytes), 0);
+}
+
+TEST_F(ZipTest, EndRecordIsFoundWhereverTheCommentPutsIt) {
+  const std::string zip = folder.File("c.zip");
+  ASSERT_EQ(WriteZipMember(Member(zip, "m.txt"), ToBytes("member")), 0);
+  const Bytes plain = folder.Read("c.zip");
+  // The search reads 256-byte chunks from the end: a comment of 236 bytes puts
+  // the signature across the first chunk edge (22 + 236 = 258 bytes from the end).
+  for (size_t length : {0u, 233u, 234u, 235u, 236u, 237u, 500u, 65000u}) {
+    Bytes bytes = plain;
+    Put16(bytes, bytes.size() - 2, static_cast<uint16_t>(length));
+    bytes.resize(bytes.size() + length, 'c');
+    folder.Write("c.zip", bytes);
+    ALPkArchive archive(zip);
+    ALEntryList list;
+    EXPECT_EQ(archive.ReadDirectory(list), 1) << "comment " << length << ": " << archive.status.GetStatusDetail();
+    EXPECT_EQ(archive.comment, std::string(length, 'c'));
+  }
+  // A record in the comment stands later than the real one, so it counts: it
+  // names a directory at its own place, which is empty.
+  Bytes bytes = plain;
+  const uint32_t fake = static_cast<uint32_t>(bytes.size());
+  Put16(bytes, bytes.size() - 2, 22);
+  bytes.resize(bytes.size() + 22, 0);
+  std::copy_n("PK\x05\x06", 4, bytes.begin() + fake);
+  Put32(bytes, fake + 16, fake);
+  folder.Write("c.zip", bytes);
+  ALPkArchive archive(zip);
+  ALEntryList list;
+  EXPECT_EQ(archive.ReadDirectory(list), 0);
+  // No record within the last 66000 bytes.
+  bytes = plain;
+  bytes.resize(bytes.size() + 66000, 'x');
+  folder.Write("c.zip", bytes);
+  ALPkArchive far(zip);
+  EXPECT_EQ(far.ReadDirectory(list), AL_INVALID_ARCHIVE);
+  EXPECT_EQ(std::string(far.status.GetStatusDetail()), "Can't locate end of central directory in ZIP file " + zip);
+}
+
+TEST_F(ZipTest, DamagedMembersReportTheirStatus) {
+  const Bytes good = StoredZip("hello world");
+  const size_t data = Find(good, "hello world");
+  const size_t central = Find(good, "PK\x01\x02");
+  ASSERT_NE(data, std::string::npos);
+  ASSERT_NE(central, std::string::npos);
+  const std::string zip = folder.File("s.zip");
+
+  Bytes corrupt = good;
+  corrupt[data] = 'j';
+  folder.Write("s.zip", corrupt);
+  int result = 0;
+  ALStatus status = ExtractAll(zip, result);
+  char expected[80];
+  std::snprintf(expected, sizeof expected, "m.txt: CRC32 was supposed to be %08x, was %08x", Crc32(ToBytes("hello world")),
+                Crc32(ToBytes("jello world")));
+  EXPECT_EQ(result, AL_CRC_ERROR);
+  EXPECT_EQ(std::string(status.GetStatusDetail()), expected);
+
+  Bytes bzip = good;
+  Put16(bzip, 8, 12);  // local header method
+  Put16(bzip, central + 10, 12);
+  folder.Write("s.zip", bzip);
+  status = ExtractAll(zip, result);
+  EXPECT_EQ(std::string(status.GetStatusDetail()), "m.txt: Attempt to decompress without a decompressor");
+  Bytes bytes;
+  EXPECT_EQ(ReadZipMember(Member(zip, "m.txt"), bytes), 1);
+}
+
+TEST_F(ZipTest, MalformedArchivesNeverCrash) {
+  Bytes source(5000);
+  std::mt19937 random(1234);
+  for (uint8_t& byte : source) byte = static_cast<uint8_t>(random() % 7);
+  folder.Write("x.pes", source);
+  folder.Write("y.txt", ToBytes("y"));
+  ASSERT_EQ(Shell("zip -q z.zip x.pes y.txt"), 0);
+  const Bytes whole = folder.Read("z.zip");
+  const std::string zip = folder.File("t.zip");
+  Bytes bytes;
+  for (size_t length = 0; length < whole.size(); ++length) {
+    folder.Write("t.zip", Bytes(whole.begin(), whole.begin() + static_cast<long>(length)));
+    EXPECT_EQ(ReadZipMember(Member(zip, "x.pes"), bytes), 1) << "cut at " << length;
+  }
+  // Random bytes, some with a planted end record whose fields are random too.
+  for (int round = 0; round < 300; ++round) {
+    Bytes noise(random() % 600);
+    for (uint8_t& byte : noise) byte = static_cast<uint8_t>(random());
+    if (round % 2 == 0 && noise.size() > 30) std::copy_n("PK\x05\x06", 4, noise.end() - 22 - static_cast<long>(random() % 8));
+    if (round % 3 == 0 && noise.size() > 50) std::copy_n("PK\x01\x02", 4, noise.begin() + static_cast<long>(random() % 20));
+    folder.Write("t.zip", noise);
+    ReadZipMember(Member(zip, "x.pes"), bytes);
+    Bytes flipped = whole;
+    flipped[random() % flipped.size()] ^= static_cast<uint8_t>(1 + random() % 255);
+    folder.Write("t.zip", flipped);
+    ReadZipMember(Member(zip, "x.pes"), bytes);
+  }
+}
+
+TEST_F(ZipTest, WildCardsMatchFileNames) {
+  const struct {
+    const char* pattern;
+    const char* name;
+    bool ignoreCase;
+    bool match;
+  } cases[] = {{"*.*", "rose.pes", false, true},   {"*.*", "rose", false, true},      {"*", "", false, true},
+               {"rose.pes", "ROSE.PES", true, true}, {"rose.pes", "ROSE.PES", false, false},
+               {"r?se.*", "rise.dst", false, true}, {"r?se", "rse", false, false},      {"*.pes", "a.pes.dst", false, false},
+               {"a*b*c", "axxbyyc", false, true},   {"a*b*c", "axxbyy", false, false}};
+  for (const auto& c : cases) {
+    EXPECT_EQ(ALWildCardMatch(c.pattern, c.name, c.ignoreCase), c.match) << c.pattern << " / " << c.name;
+  }
+}
+
+}  // namespace
+}  // namespace fennick
