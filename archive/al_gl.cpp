@@ -39,7 +39,7 @@ bool WriteThrough(ALStorage& output, std::span<const uint8_t> bytes) {
 }  // namespace
 
 ALGlCompressor::ALGlCompressor(int level, bool failUncompressible)
-    : level_(level), failUncompressible_(failUncompressible) {}
+    : ALCompressor(AL_COMPRESSION_GL, "Gl"), level_(level), failUncompressible_(failUncompressible) {}
 
 int ALGlCompressor::Compress(ALStorage& input, ALStorage& output) {
   if (status.GetStatusCode() < 0) return status.GetStatusCode();
@@ -61,7 +61,7 @@ int ALGlCompressor::Compress(ALStorage& input, ALStorage& output) {
   return AL_SUCCESS;
 }
 
-ALGlDecompressor::ALGlDecompressor(int level) : level_(level) {}
+ALGlDecompressor::ALGlDecompressor(int level) : ALDecompressor(AL_COMPRESSION_GL, "Gl"), level_(level) {}
 
 int ALGlDecompressor::Decompress(ALStorage& input, ALStorage& output, long compressedLength) {
   if (status.GetStatusCode() < 0) return status.GetStatusCode();
