@@ -7,7 +7,9 @@
 #include "core/design_path.h"
 #include "core/format_table.h"
 #include "core/preferences.h"
+#include "formats/hus.h"
 #include "threads/palettes.h"
+#include "threads/thread_charts.h"
 #include "tools/sample_design.h"
 
 namespace fennick::cli {
@@ -79,6 +81,22 @@ Design WithPaletteColors(const Design& sample, const std::vector<uint8_t>& bytes
     const int index = PecNearestColor(static_cast<uint8_t>(thread.rgb), static_cast<uint8_t>(thread.rgb >> 8),
                                       static_cast<uint8_t>(thread.rgb >> 16), false, extended);
     thread.rgb = PecColorRgb(index, r, g, b);
+  }
+  return expected;
+}
+
+// The sample's colours as HUS and VIP files keep them: the nearest entries
+// of the default palette, or of each thread's chart (0 counting as 1).
+Design WithStoredColors(const Design& sample, FormatCode code) {
+  Design expected = sample;
+  for (ThreadColor& thread : expected.threads) {
+    if (code == kFormatHus) {
+      thread.rgb = DefaultPaletteColor(HusNearestColor(static_cast<uint8_t>(thread.rgb),
+                                                       static_cast<uint8_t>(thread.rgb >> 8),
+                                                       static_cast<uint8_t>(thread.rgb >> 16))).rgb;
+    } else {
+      NearestChartName(thread.rgb, thread.chartIndex == 0 ? 1 : thread.chartIndex, &thread.rgb);
+    }
   }
   return expected;
 }
@@ -174,6 +192,7 @@ int RunDemo(const Arguments& arguments) {
     Design expected = sample;
     if (file.pes5 == 0) expected = WithPaletteColors(sample, bytes);
     if (file.pes5 == 1) expected.threads = written.threads;
+    if (file.code == kFormatHus || file.code == kFormatVip) expected = WithStoredColors(sample, file.code);
     const std::string verdict = loaded ? CompareRoundTrip(expected, read) : "could not be read back";
     if (verdict != "OK") ++failures;
     // A thumbnail of what was read back, as the browser would show it.

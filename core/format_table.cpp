@@ -6,8 +6,10 @@
 #include "core/preferences.h"
 #include "core/text.h"
 #include "formats/dst.h"
+#include "formats/hus.h"
 #include "formats/pes.h"
 #include "formats/ph.h"
+#include "formats/vip.h"
 
 namespace fennick {
 namespace {
@@ -22,12 +24,12 @@ constexpr std::array<FormatEntry, 17> kFormats{{
     {kFormatPes, "PES", ReadPesFile, WritePesWithSaveAsSettings},
     {kFormatSew, "SEW", nullptr, nullptr},
     {kFormatJef, "JEF", nullptr, nullptr},
-    {kFormatHus, "HUS", nullptr, nullptr},
+    {kFormatHus, "HUS", ReadHusFile, WriteHusFile},
     {kFormatPcs, "PCS", nullptr, nullptr},
     {kFormatDst, "DST", ReadDst, WriteDst},
     {kFormatXxx, "XXX", nullptr, nullptr},
     {kFormatExp, "EXP", nullptr, nullptr},
-    {kFormatVip, "VIP", nullptr, nullptr},
+    {kFormatVip, "VIP", ReadVipFile, WriteVipFile},
     {kFormatPhc, "PHC", ReadPhFile, nullptr},
     {kFormatPec, "PEC", ReadPesFile, nullptr},
     {kFormatEmd, "EMD", nullptr, nullptr},

@@ -1,0 +1,90 @@
+#include "formats/hus.h"
+
+#include <cstdlib>
+
+#include "core/byte_cursor.h"
+#include "formats/hus_vip_streams.h"
+
+namespace fennick {
+namespace {
+
+constexpr uint32_t kSignature = 0x00C8AF5B;
+constexpr int kPaletteSize = 29;  // indices 0 to 28; 22 is the palette's light gray
+// Colours after this many read as palette entry 0.
+constexpr size_t kIndexedColors = 28;
+
+int NearestIndex(uint32_t rgb) {
+  return HusNearestColor(static_cast<uint8_t>(rgb), static_cast<uint8_t>(rgb >> 8), static_cast<uint8_t>(rgb >> 16));
+}
+
+}  // namespace
+
+int HusNearestColor(uint8_t r, uint8_t g, uint8_t b) {
+  int best = 0;
+  int bestDistance = 765;
+  for (int index = 0; index < kPaletteSize; ++index) {
+    const uint32_t rgb = DefaultPaletteColor(index).rgb;
+    const int distance = std::abs(r - static_cast<int>(rgb & 0xFF)) + std::abs(g - static_cast<int>((rgb >> 8) & 0xFF)) +
+                         std::abs(b - static_cast<int>((rgb >> 16) & 0xFF));
+    if (distance < bestDistance) {
+      best = index;
+      bestDistance = distance;
+    }
+  }
+  return best;
+}
+
+bool ReadHusFile(Design& design, std::span<const uint8_t> bytes) {
+  const std::string name = design.name;
+  if (name.empty()) return false;
+  design.Clear();
+  design.name = name;
+  HusVipHeader header;
+  if (!ReadHusVipHeader(bytes, header)) return false;
+  ByteReader reader(bytes, kHusVipFixedHeader);
+  if (!reader.Has(2 * static_cast<size_t>(header.colorCount))) return false;
+  design.threads.reserve(header.colorCount);
+  for (size_t i = 0; i < header.colorCount; ++i) {
+    const uint16_t stored = reader.U16LE();
+    const int index = i < kIndexedColors ? stored : 0;
+    design.threads.push_back(DefaultPaletteColor(index));
+    design.threads.back().chartIndex = index;
+  }
+  return ReadHusVipStitches(design, bytes, header, name);
+}
+
+int WriteHusFile(Design& design, std::vector<uint8_t>& out) {
+  out.clear();
+  if (design.threads.empty()) {
+    SayHusVipMessage(design.name + ": Could not create HUS file due to lack of color information.");
+    return -1;
+  }
+  std::vector<uint16_t> colors{static_cast<uint16_t>(NearestIndex(design.threads[0].rgb))};
+  size_t thread = 0;
+  for (StitchNode* node = design.stitches.Head(); node != nullptr; node = node->Next()) {
+    if (node->IsColorStop()) {
+      // Stops beyond the thread list keep the last thread.
+      if (thread + 1 < design.threads.size()) ++thread;
+      colors.push_back(static_cast<uint16_t>(NearestIndex(design.threads[thread].rgb)));
+      if (node->HasMove()) {
+        design.stitches.InsertBefore(node, 0, 0, STITCH_COLORSTOP);
+        node->flags = node->IsJump() ? STITCH_JUMP : 0;
+      }
+    }
+    // A cut node goes on with its rest, which may need cutting again.
+    if (CutHusVipMove(design, node) == nullptr && node->IsJump()) {
+      node = design.stitches.InsertAfter(node, 0, 0, 0);
+    }
+  }
+
+  WriteHusVipHeader(out, kSignature, static_cast<uint32_t>(colors.size()), design);
+  ByteWriter writer(out);
+  for (const uint16_t color : colors) writer.U16LE(color);
+  if (!AppendHusVipStreams(design, out)) {
+    out.clear();
+    return -1;
+  }
+  return 0;
+}
+
+}  // namespace fennick

@@ -1,0 +1,416 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+#include <set>
+#include <string>
+#include <utility>
+
+#include "archive/al_gl.h"
+#include "archive/al_memory.h"
+#include "archive/gl_engine.h"
+#include "core/byte_cursor.h"
+#include "formats/dst.h"
+#include "formats/hus.h"
+#include "formats/hus_vip_streams.h"
+#include "formats/vip.h"
+#include "tests/test_support.h"
+#include "threads/thread_charts.h"
+
+namespace fennick {
+namespace {
+
+using test::AsReaderInput;
+using test::Node;
+using test::Nodes;
+using test::SetNodes;
+
+// Collects the lines the formats have for the user while it lives.
+class Messages {
+ public:
+  Messages() {
+    SetHusVipMessageSink([this](const std::string& line) { lines.push_back(line); });
+  }
+  ~Messages() { SetHusVipMessageSink(nullptr); }
+  std::vector<std::string> lines;
+};
+
+using Reader = bool (*)(Design&, std::span<const uint8_t>);
+using Writer = int (*)(Design&, std::vector<uint8_t>&);
+
+bool ReadNamed(Reader read, Design& design, std::span<const uint8_t> bytes, const std::string& name) {
+  design.name = name;
+  return read(design, bytes);
+}
+
+// The three streams of a written file, unpacked.
+std::vector<std::vector<uint8_t>> Streams(const std::vector<uint8_t>& file) {
+  ByteReader header(file, 20);
+  const size_t offsets[] = {header.U32LE(), header.U32LE(), header.U32LE(), file.size()};
+  std::vector<std::vector<uint8_t>> streams(3);
+  for (size_t i = 0; i < 3; ++i) {
+    const std::span<const uint8_t> packed = std::span(file).subspan(offsets[i], offsets[i + 1] - offsets[i]);
+    EXPECT_TRUE(GlExpand(packed, 0, -1, streams[i]).Ok());
+  }
+  return streams;
+}
+
+// A one-colour HUS file of `count` stitches around streams packed at level 0.
+std::vector<uint8_t> HandMadeHus(uint32_t count, const std::vector<std::vector<uint8_t>>& streams) {
+  std::vector<uint8_t> file;
+  WriteHusVipHeader(file, 0x00C8AF5B, 1, Design());
+  ByteWriter writer(file);
+  writer.PatchU32LE(4, count);
+  writer.U16LE(0);
+  for (size_t i = 0; i < 3; ++i) {
+    std::vector<uint8_t> packed;
+    int level = 0;
+    EXPECT_TRUE(GlCompress(streams[i], 0, false, packed, level).Ok());
+    writer.PatchU32LE(20 + 4 * i, static_cast<uint32_t>(file.size()));
+    writer.Bytes(packed);
+  }
+  return file;
+}
+
+std::string Hex(uint32_t rgb) {
+  char text[8];
+  std::snprintf(text, sizeof text, "%02X%02X%02X", rgb & 0xFF, (rgb >> 8) & 0xFF, (rgb >> 16) & 0xFF);
+  return text;
+}
+
+std::set<std::pair<int64_t, int64_t>> Positions(const Design& design) {
+  std::set<std::pair<int64_t, int64_t>> points;
+  int64_t x = 0, y = 0;
+  for (const StitchNode& node : design.stitches) {
+    x += node.dx;
+    y += node.dy;
+    if (!node.IsJump()) points.insert({x, y});
+  }
+  return points;
+}
+
+TEST(HusVipReader, RealFilesGiveTheirColoursSizeAndStitches) {
+  struct Case {
+    const char* file;
+    Reader read;
+    uint32_t stitches;
+    std::vector<std::string> colours;
+  };
+  const Case cases[] = {
+      // The HUS file keeps palette entries: Blue, Light Yellow, Purple, Light Blue.
+      {"geometric_objects.hus", ReadHusFile, 8302, {"0000FF", "FFFF99", "FF00FF", "339AFF"}},
+      {"geometric_objects.vip", ReadVipFile, 8302, {"0000C8", "FFF380", "FF00FF", "82CAFF"}},
+      {"Star.vip", ReadVipFile, 2544, {"E3311F", "F7F3F7"}},
+  };
+  Design dst;
+  dst.name = "geometric_objects.dst";
+  ASSERT_TRUE(ReadDst(dst, AsReaderInput(test::ReadTestFile("geometric_objects.dst"))));
+  const auto dstPositions = Positions(dst);
+  for (const Case& c : cases) {
+    const std::vector<uint8_t> file = test::ReadTestFile(c.file);
+    HusVipHeader header;
+    ASSERT_TRUE(ReadHusVipHeader(file, header));
+    EXPECT_EQ(header.stitchCount, c.stitches) << c.file;
+    EXPECT_EQ(Streams(file)[0].size(), c.stitches) << c.file;
+    Design design;
+    ASSERT_TRUE(ReadNamed(c.read, design, AsReaderInput(file), c.file)) << c.file;
+    std::vector<std::string> colours;
+    for (const ThreadColor& thread : design.threads) colours.push_back(Hex(thread.rgb));
+    EXPECT_EQ(colours, c.colours) << c.file;
+    // Centred to the extent the header gives.
+    EXPECT_EQ(design.maxX - design.minX, header.maxX - header.minX) << c.file;
+    EXPECT_EQ(design.maxY - design.minY, header.maxY - header.minY) << c.file;
+    if (std::string(c.file).starts_with("geometric")) {
+      // The same design as DST: every DST needle point is one of these.
+      const auto positions = Positions(design);
+      EXPECT_TRUE(std::ranges::includes(positions, dstPositions)) << c.file;
+    }
+  }
+}
+
+TEST(HusWriter, GoldenHeaderStreamsAndNodes) {
+  Design design;
+  design.name = "rose.hus";
+  design.threads = {DefaultPaletteColor(3), ThreadColor{}};
+  design.threads[1].rgb = ColorRef(0, 0, 250);  // nearest: 1, Blue
+  design.maxX = 100, design.maxY = 50, design.minX = -100, design.minY = -50;
+  SetNodes(design, {{5, -3, 0}, {10, 0, STITCH_JUMP}, {2, 2, STITCH_COLORSTOP}, {300, 0, 0}, {-130, -1, 0}});
+  std::vector<uint8_t> out;
+  ASSERT_EQ(WriteHusFile(design, out), 0);
+  // Jump anchored by a zero stitch; the moving change split into a stop and
+  // its move; 300 cut into 127, 127 (jumps) and 46; -130 into -127 and -3.
+  const std::vector<Node> nodes = {{5, -3, 0},    {10, 0, STITCH_JUMP},   {0, 0, 0},
+                                   {0, 0, STITCH_COLORSTOP}, {2, 2, 0},  {127, 0, STITCH_JUMP},
+                                   {127, 0, STITCH_JUMP},    {46, 0, 0}, {-127, -1, STITCH_JUMP},
+                                   {-3, 0, 0}};
+  EXPECT_EQ(Nodes(design), nodes);
+  const std::vector<uint8_t> head = {0x5B, 0xAF, 0xC8, 0x00, 10, 0, 0, 0, 2, 0, 0, 0,
+                                     100, 0, 50, 0, 0x9C, 0xFF, 0xCE, 0xFF, 46, 0, 0, 0};
+  ASSERT_GT(out.size(), 46u);
+  EXPECT_EQ(std::vector<uint8_t>(out.begin(), out.begin() + 24), head);
+  EXPECT_EQ(std::vector<uint8_t>(out.begin() + 32, out.begin() + 46),
+            (std::vector<uint8_t>{0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 3, 0, 1, 0}));
+  const auto streams = Streams(out);
+  EXPECT_EQ(streams[0], (std::vector<uint8_t>{0x80, 0x81, 0x80, 0x84, 0x80, 0x81, 0x81, 0x80, 0x81, 0x80}));
+  EXPECT_EQ(streams[1], (std::vector<uint8_t>{5, 10, 0, 0, 2, 127, 127, 46, 0x81, 0xFD}));
+  EXPECT_EQ(streams[2], (std::vector<uint8_t>{0xFD, 0, 0, 0, 2, 0, 0, 0, 0xFF, 0}));
+}
+
+TEST(VipWriter, GoldenHeaderTablesAndSplit) {
+  const ThreadColor row = ChartByNumber(3)[5];
+  Design design;
+  design.name = "rose.vip";
+  design.threads = {row};
+  design.threads[0].chartIndex = 3;
+  design.threads[0].rgb = row.rgb;
+  SetNodes(design, {{300, 0, 0}, {1, 1, 0}});
+  std::vector<uint8_t> out;
+  ASSERT_EQ(WriteVipFile(design, out), 0);
+  // 300 splits at 120 into three jumps of 100, and stays as a zero stitch.
+  EXPECT_EQ(Nodes(design), (std::vector<Node>{{100, 0, STITCH_JUMP}, {100, 0, STITCH_JUMP}, {100, 0, STITCH_JUMP},
+                                             {0, 0, 0}, {1, 1, 0}}));
+  ASSERT_GE(out.size(), 60u);
+  ByteReader reader(out);
+  EXPECT_EQ(reader.U32LE(), 0x0190FC5Du);
+  EXPECT_EQ(reader.U32LE(), 5u);
+  EXPECT_EQ(reader.U32LE(), 1u);
+  reader.Seek(20);
+  EXPECT_EQ(reader.U32LE(), 60u);  // one thread: 52 + 8
+  reader.Seek(42);
+  EXPECT_EQ(reader.U32LE(), 54u);  // 46 + 8
+  // Scrambled by hand: key bytes 2E AC 48 27, running xor of r, g, b.
+  const uint8_t r = row.rgb & 0xFF, g = (row.rgb >> 8) & 0xFF, b = (row.rgb >> 16) & 0xFF;
+  const std::vector<uint8_t> table = {static_cast<uint8_t>(r ^ 0x2E), static_cast<uint8_t>(g ^ 0xAC ^ r),
+                                      static_cast<uint8_t>(b ^ 0x48 ^ r ^ g), static_cast<uint8_t>(0x27 ^ r ^ g ^ b),
+                                      2, 0, 0, 0, 0, 0, 0, 0, 0, 0};
+  EXPECT_EQ(std::vector<uint8_t>(out.begin() + 46, out.begin() + 60), table);
+  EXPECT_EQ(Streams(out)[0], (std::vector<uint8_t>{0x81, 0x81, 0x81, 0x80, 0x80}));
+}
+
+TEST(HusVipWriter, RefusalsAndTheirMessages) {
+  Messages messages;
+  Design design;
+  design.name = "C:\\designs\\rose.pes";
+  SetNodes(design, {{1, 1, 0}});
+  std::vector<uint8_t> out{1};
+  EXPECT_EQ(WriteHusFile(design, out), -1);
+  EXPECT_TRUE(out.empty());
+  EXPECT_EQ(WriteVipFile(design, out), -1);
+  EXPECT_EQ(messages.lines,
+            std::vector<std::string>{"C:\\designs\\rose.pes: Could not create HUS file due to lack of color information."});
+  design.threads.resize(1);
+  design.stitches.Clear();
+  EXPECT_EQ(WriteVipFile(design, out), -1);
+}
+
+TEST(HusVipRoundTrip, WrittenDesignsReadBackToTheSameNodes) {
+  struct Case {
+    Reader read;
+    Writer write;
+    const char* name;
+  };
+  const Case formats[] = {{ReadHusFile, WriteHusFile, "a.hus"}, {ReadVipFile, WriteVipFile, "a.vip"}};
+  const std::vector<std::vector<Node>> designs = {
+      {{0, 0, STITCH_JUMP}, {3, 4, 0}, {-120, 90, 0}, {0, 0, STITCH_COLORSTOP}, {500, -700, STITCH_JUMP}, {5, 5, 0},
+       {4, 4, STITCH_COLORSTOP}, {1, 2, 0}},
+      {{10, 10, 0}, {0, 0, STITCH_COLORSTOP}, {7, -7, 0}, {0, 0, STITCH_COLORSTOP}, {-3, 2, 0}},
+  };
+  // One stitch repeated packs best of all: far more stitches than file bytes.
+  std::vector<Node> repeated(60000, Node{2, 1, 0});
+  repeated[30000] = {0, 0, STITCH_COLORSTOP};
+  repeated.push_back({0, 0, STITCH_COLORSTOP});
+  std::vector<std::vector<Node>> all = designs;
+  all.push_back(repeated);
+  for (const Case& format : formats) {
+    for (const auto& nodes : all) {
+      Design design;
+      design.name = format.name;
+      design.threads.resize(3, DefaultPaletteColor(12));
+      SetNodes(design, nodes);
+      design.ComputeBounds();
+      std::vector<uint8_t> out;
+      ASSERT_EQ(format.write(design, out), 0);
+      if (nodes.size() > 1000) {
+        ASSERT_LT(out.size() * 64, nodes.size()) << "expected a file that packs well, got " << out.size();
+      }
+      // What the reader gives: the written nodes, finished as readers finish.
+      Design expected = design;
+      expected.MergeJumps(false);
+      expected.ReclassifyJumps();
+      expected.Centre();
+      Design read;
+      ASSERT_TRUE(ReadNamed(format.read, read, AsReaderInput(out), format.name));
+      EXPECT_EQ(Nodes(read), Nodes(expected)) << format.name;
+      ASSERT_EQ(read.threads.size(), 3u);
+      uint32_t white = ColorRef(255, 255, 255);
+      if (format.read == ReadVipFile) NearestChartName(white, 1, &white);
+      EXPECT_EQ(read.threads[2].rgb, white) << format.name;
+    }
+  }
+}
+
+TEST(HusReader, ColoursAfterThe28thReadAsBlackAndLateBitsMakeJumps) {
+  Design design;
+  design.name = "many.hus";
+  design.threads.assign(30, DefaultPaletteColor(12));
+  for (int i = 0; i < 29; ++i) design.stitches.PushBack(0, 0, STITCH_COLORSTOP), design.stitches.PushBack(1, 0, 0);
+  std::vector<uint8_t> out;
+  ASSERT_EQ(WriteHusFile(design, out), 0);
+  Design read;
+  ASSERT_TRUE(ReadNamed(ReadHusFile, read, AsReaderInput(out), "many.hus"));
+  ASSERT_EQ(read.threads.size(), 30u);
+  EXPECT_EQ(read.threads[27].colorName, "White");
+  EXPECT_EQ(read.threads[28].colorName, "Black");
+  EXPECT_EQ(read.threads[29].colorName, "Black");
+
+  // Bits 1 and 3, which this writer never sets, make the next node a jump.
+  for (const uint8_t bit : {0x02, 0x08}) {
+    const std::vector<uint8_t> file =
+        HandMadeHus(3, {{0x80, static_cast<uint8_t>(0x80 | bit), 0x80}, {1, 2, 90}, {0, 0, 0}});
+    Design bits;
+    ASSERT_TRUE(ReadNamed(ReadHusFile, bits, AsReaderInput(file), "bits.hus"));
+    // (1, 0), (2, 0), jump (90, 0); centring puts a jump in front.
+    const std::vector<Node> nodes = Nodes(bits);
+    ASSERT_EQ(nodes.size(), 4u) << int{bit};
+    EXPECT_EQ(nodes[3], (Node{90, 0, STITCH_JUMP})) << int{bit};
+  }
+}
+
+TEST(VipColours, KeyMatchesItsSourceAndScrambleRoundTrips) {
+  // Scrambling zeros leaves the key itself.
+  std::vector<uint8_t> zeros(400, 0);
+  ScrambleVipColors(zeros);
+  EXPECT_EQ(zeros, test::ReadTestFile("vip_colour_key.bin"));
+  std::mt19937 random(7);
+  for (const size_t size : {0u, 1u, 4u, 399u, 400u, 420u}) {
+    std::vector<uint8_t> bytes(size);
+    for (uint8_t& byte : bytes) byte = static_cast<uint8_t>(random());
+    std::vector<uint8_t> scrambled = bytes;
+    ScrambleVipColors(scrambled);
+    UnscrambleVipColors(scrambled);
+    EXPECT_EQ(scrambled, bytes) << size;
+  }
+}
+
+TEST(HusVipReader, DamagedFilesFailCleanlyWithTheirMessage) {
+  Messages messages;
+  std::vector<uint8_t> file = test::ReadTestFile("geometric_objects.hus");
+  Design design;
+  EXPECT_FALSE(ReadNamed(ReadHusFile, design, AsReaderInput(file), ""));  // a name is needed
+
+  struct Case {
+    size_t offset;  // u32 field to overwrite
+    uint32_t value;
+    std::string message;
+  };
+  const Case cases[] = {
+      {20, 0xFFFFFF, "x.hus: Failure processing command data."},
+      {28, 60, "x.hus: Failure processing x-stitch data."},  // y stream before the x stream
+      {4, 0x7FFFFFFF, "x.hus: The stitch count of 2147483647 is more than the file can hold."},
+      {4, 100, "x.hus: Failure processing command data."},  // more output than the room for it
+  };
+  for (const Case& c : cases) {
+    std::vector<uint8_t> damaged = file;
+    ByteWriter(damaged).PatchU32LE(c.offset, c.value);
+    messages.lines.clear();
+    Design read;
+    EXPECT_FALSE(ReadNamed(ReadHusFile, read, AsReaderInput(damaged), "x.hus")) << c.message;
+    EXPECT_EQ(messages.lines, std::vector<std::string>{c.message});
+    EXPECT_TRUE(read.stitches.Empty() && read.threads.empty()) << c.message;
+  }
+  // A stream that unpacks to more than the stitch count and 10 bytes of room.
+  const std::vector<uint8_t> small = {0x80, 0x80, 0x80}, large(14, 1);
+  const std::pair<std::vector<std::vector<uint8_t>>, std::string> streamCases[] = {
+      {{small, large, small}, "x.hus: Failure processing x-stitch data."},
+      {{small, small, large}, "x.hus: Failure processing y-stitch data."},
+  };
+  for (const auto& [streams, message] : streamCases) {
+    messages.lines.clear();
+    Design read;
+    EXPECT_FALSE(ReadNamed(ReadHusFile, read, AsReaderInput(HandMadeHus(3, streams)), "x.hus"));
+    EXPECT_EQ(messages.lines, std::vector<std::string>{message});
+  }
+}
+
+TEST(HusVipReader, TruncatedAndRandomFilesNeverCrash) {
+  std::mt19937 random(11);
+  const std::pair<const char*, Reader> files[] = {
+      {"geometric_objects.hus", ReadHusFile}, {"geometric_objects.vip", ReadVipFile}, {"Star.vip", ReadVipFile}};
+  for (const auto& [name, read] : files) {
+    const std::vector<uint8_t> file = test::ReadTestFile(name);
+    // Every length of the small file; the larger ones at a stride, for time.
+    const size_t stride = std::string(name) == "Star.vip" ? 1 : 17;
+    for (size_t length = 0; length <= file.size(); length += stride) {
+      Design design;
+      ReadNamed(read, design, AsReaderInput({file.begin(), file.begin() + static_cast<ptrdiff_t>(length)}), name);
+    }
+    for (int round = 0; round < 200; ++round) {
+      std::vector<uint8_t> damaged = file;
+      for (int flips = 0; flips < 4; ++flips) damaged[random() % damaged.size()] = static_cast<uint8_t>(random());
+      Design design;
+      ReadNamed(read, design, AsReaderInput(damaged), name);
+    }
+  }
+  for (int round = 0; round < 200; ++round) {
+    std::vector<uint8_t> bytes(random() % 200);
+    for (uint8_t& byte : bytes) byte = static_cast<uint8_t>(random());
+    Design design;
+    ReadNamed(ReadHusFile, design, AsReaderInput(bytes), "r.hus");
+    ReadNamed(ReadVipFile, design, AsReaderInput(bytes), "r.vip");
+  }
+}
+
+TEST(ALGl, StoragesCarryStreamsLevelsAndFailures) {
+  std::vector<uint8_t> text(3000);
+  for (size_t i = 0; i < text.size(); ++i) text[i] = static_cast<uint8_t>("stitch "[i % 7]);
+  std::mt19937 random(3);
+  std::vector<uint8_t> noise(4096);  // the packed size is checked at each 512 bytes
+  for (uint8_t& byte : noise) byte = static_cast<uint8_t>(random());
+
+  struct Case {
+    std::vector<uint8_t>* input;
+    bool failUncompressible;
+    int level;  // as the compressor reports it afterwards
+  };
+  const Case cases[] = {{&text, true, 0}, {&noise, false, 0}, {&noise, true, kGlCopyLevel}};
+  for (const Case& c : cases) {
+    ALMemory input("in", *c.input);
+    ASSERT_EQ(input.Open(), AL_SUCCESS);
+    ALMemory packed("packed");
+    packed.Create();
+    ALGlCompressor compressor(0, c.failUncompressible);
+    ASSERT_EQ(compressor.Compress(input, packed), AL_SUCCESS);
+    EXPECT_EQ(compressor.CompressionLevel(), c.level);
+    std::vector<uint8_t> bytes = packed.ReleaseBytes();
+    if (c.level == kGlCopyLevel) {
+      EXPECT_EQ(bytes, *c.input);
+    }
+    ALMemory source("source", bytes);
+    source.Open();
+    ALMemory plain("plain");
+    plain.Create();
+    ALGlDecompressor decompressor(c.level == kGlCopyLevel ? kGlCopyLevel : 4);
+    ASSERT_EQ(decompressor.Decompress(source, plain, static_cast<long>(bytes.size())), AL_SUCCESS);
+    EXPECT_EQ(plain.ReleaseBytes(), *c.input);
+  }
+
+  ALMemory input("in", text);
+  input.Open();
+  ALMemory output("out");
+  output.Create();
+  ALGlCompressor bad(5);
+  EXPECT_EQ(bad.Compress(input, output), AL_ILLEGAL_PARAMETER);
+  EXPECT_STREQ(bad.status.GetStatusDetail(),
+               "Incorrect compression level parameter passed to compressor.  Compression level = 15");
+  // A user buffer too small for the output: the storage's failure, taken over.
+  std::vector<uint8_t> small(10);
+  ALMemory tight("tight", small, AL_EXACT_CASE, 16);  // a small buffer flushes early
+  tight.Create();
+  input.Seek(0);
+  ALGlCompressor copier(kGlCopyLevel);
+  EXPECT_EQ(copier.Compress(input, tight), AL_CANT_ALLOCATE_MEMORY);
+  EXPECT_STREQ(copier.status.GetStatusDetail(), "Attempt to write past the end of a user owned buffer for ALMemory tight");
+}
+
+}  // namespace
+}  // namespace fennick
