@@ -3,6 +3,7 @@
 #include <cstdlib>
 
 #include "core/byte_cursor.h"
+#include "core/user_interface.h"
 #include "formats/hus_vip_streams.h"
 
 namespace fennick {
@@ -56,7 +57,7 @@ bool ReadHusFile(Design& design, std::span<const uint8_t> bytes) {
 int WriteHusFile(Design& design, std::vector<uint8_t>& out) {
   out.clear();
   if (design.threads.empty()) {
-    SayHusVipMessage(design.name + ": Could not create HUS file due to lack of color information.");
+    ReportToUser(design.name + ": Could not create HUS file due to lack of color information.");
     return -1;
   }
   std::vector<uint16_t> colors{static_cast<uint16_t>(NearestIndex(design.threads[0].rgb))};

@@ -6,11 +6,10 @@
 #include "archive/al_gl.h"
 #include "archive/al_memory.h"
 #include "core/byte_cursor.h"
+#include "core/user_interface.h"
 
 namespace fennick {
 namespace {
-
-thread_local HusVipMessageSink messageSink;
 
 // The writers pack with the smallest window; readers unpack with the largest,
 // which is harmless as the window only bounds distances.
@@ -60,12 +59,6 @@ bool UnpackStream(const char* streamName, std::span<const uint8_t> packed, std::
 }
 
 }  // namespace
-
-void SetHusVipMessageSink(HusVipMessageSink sink) { messageSink = std::move(sink); }
-
-void SayHusVipMessage(const std::string& line) {
-  if (messageSink) messageSink(line);
-}
 
 void WriteHusVipHeader(std::vector<uint8_t>& out, uint32_t signature, uint32_t colorCount, const Design& design) {
   ByteWriter writer(out);
@@ -120,7 +113,7 @@ bool ReadHusVipHeader(std::span<const uint8_t> bytes, HusVipHeader& header) {
 bool ReadHusVipStitches(Design& design, std::span<const uint8_t> bytes, const HusVipHeader& header,
                         const std::string& name) {
   auto fail = [&](const std::string& cause) {
-    SayHusVipMessage(name + cause);
+    ReportToUser(name + cause);
     design.Clear();
     return false;
   };

@@ -1,10 +1,8 @@
-// What the HUS and VIP formats share: the message channel of their readers and
-// writers, the common header fields, and the three Gl-packed byte streams
+// What the HUS and VIP formats share: the common header fields, and the three Gl-packed byte streams
 // (command, x and y, one byte per stitch).
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <span>
 #include <string>
 #include <vector>
@@ -12,13 +10,6 @@
 #include "core/design.h"
 
 namespace fennick {
-
-// The one line a HUS or VIP reader or writer has for the user when it fails,
-// starting with the design's name. The sink belongs to the calling thread
-// (thumbnails read on threads of their own); with none set, lines are dropped.
-using HusVipMessageSink = std::function<void(const std::string& line)>;
-void SetHusVipMessageSink(HusVipMessageSink sink);
-void SayHusVipMessage(const std::string& line);
 
 // Bytes 0 to 41 of both formats.
 struct HusVipHeader {

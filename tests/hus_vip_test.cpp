@@ -10,6 +10,7 @@
 #include "archive/al_memory.h"
 #include "archive/gl_engine.h"
 #include "core/byte_cursor.h"
+#include "core/user_interface.h"
 #include "formats/dst.h"
 #include "formats/hus.h"
 #include "formats/hus_vip_streams.h"
@@ -26,12 +27,15 @@ using test::Nodes;
 using test::SetNodes;
 
 // Collects the lines the formats have for the user while it lives.
-class Messages {
+class Messages : public UserInterface {
  public:
-  Messages() {
-    SetHusVipMessageSink([this](const std::string& line) { lines.push_back(line); });
+  Messages() { SetUserInterface(this); }
+  ~Messages() override { SetUserInterface(nullptr); }
+  MessageAnswer ShowMessage(const std::string& text, const std::string&, MessageButtons) override {
+    lines.push_back(text);
+    return MessageAnswer::kOk;
   }
-  ~Messages() { SetHusVipMessageSink(nullptr); }
+  void SetWaitCursor(bool) override {}
   std::vector<std::string> lines;
 };
 

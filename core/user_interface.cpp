@@ -1,0 +1,50 @@
+#include "core/user_interface.h"
+
+#include <atomic>
+#include <cstdio>
+#include <mutex>
+
+namespace fennick {
+namespace {
+
+class HeadlessInterface : public UserInterface {
+ public:
+  MessageAnswer ShowMessage(const std::string& text, const std::string& caption,
+                            MessageButtons buttons) override {
+    {
+      const std::lock_guard<std::mutex> lock(mutex_);
+      if (caption.empty()) {
+        std::fprintf(stderr, "%s\n", text.c_str());
+      } else {
+        std::fprintf(stderr, "%s: %s\n", caption.c_str(), text.c_str());
+      }
+    }
+    switch (buttons) {
+      case MessageButtons::kOk: return MessageAnswer::kOk;
+      case MessageButtons::kYesNo: return MessageAnswer::kNo;
+      case MessageButtons::kOkCancel:
+      case MessageButtons::kYesNoCancel: return MessageAnswer::kCancel;
+    }
+    return MessageAnswer::kCancel;
+  }
+  void SetWaitCursor(bool) override {}
+
+ private:
+  std::mutex mutex_;
+};
+
+HeadlessInterface headless;
+std::atomic<UserInterface*> injected{nullptr};
+
+}  // namespace
+
+UserInterface& CurrentUserInterface() {
+  UserInterface* ui = injected.load();
+  return ui != nullptr ? *ui : headless;
+}
+
+void SetUserInterface(UserInterface* ui) { injected.store(ui); }
+
+void ReportToUser(const std::string& text) { CurrentUserInterface().ShowMessage(text, "", MessageButtons::kOk); }
+
+}  // namespace fennick

@@ -1,0 +1,33 @@
+// How the core speaks to a person. The windows inject their own; without them
+// a headless default writes each message to standard error and answers with
+// the safe button, so that nothing ever waits for a click that cannot come.
+#pragma once
+
+#include <string>
+
+namespace fennick {
+
+enum class MessageButtons { kOk, kOkCancel, kYesNo, kYesNoCancel };
+enum class MessageAnswer { kOk, kCancel, kYes, kNo };
+
+class UserInterface {
+ public:
+  virtual ~UserInterface() = default;
+  // A message box with the system's exact text and caption. May be called
+  // from any thread.
+  virtual MessageAnswer ShowMessage(const std::string& text, const std::string& caption,
+                                    MessageButtons buttons) = 0;
+  // The wait cursor, on while a long command runs.
+  virtual void SetWaitCursor(bool on) = 0;
+};
+
+// The interface in force: the injected one, else the headless default.
+UserInterface& CurrentUserInterface();
+// Injects `ui` (not owned; it must outlive its use); nullptr restores the default.
+void SetUserInterface(UserInterface* ui);
+
+// The user-visible error channel of readers and writers: a message box with
+// no caption and only an OK button.
+void ReportToUser(const std::string& text);
+
+}  // namespace fennick
