@@ -6,8 +6,11 @@
 #include "core/preferences.h"
 #include "core/text.h"
 #include "formats/dst.h"
+#include "formats/emd.h"
+#include "formats/pcs.h"
 #include "formats/pes.h"
 #include "formats/ph.h"
+#include "formats/shv.h"
 
 namespace fennick {
 namespace {
@@ -23,15 +26,15 @@ constexpr std::array<FormatEntry, 17> kFormats{{
     {kFormatSew, "SEW", nullptr, nullptr},
     {kFormatJef, "JEF", nullptr, nullptr},
     {kFormatHus, "HUS", nullptr, nullptr},
-    {kFormatPcs, "PCS", nullptr, nullptr},
+    {kFormatPcs, "PCS", ReadPcs, WritePcs},
     {kFormatDst, "DST", ReadDst, WriteDst},
     {kFormatXxx, "XXX", nullptr, nullptr},
     {kFormatExp, "EXP", nullptr, nullptr},
     {kFormatVip, "VIP", nullptr, nullptr},
     {kFormatPhc, "PHC", ReadPhFile, nullptr},
     {kFormatPec, "PEC", ReadPesFile, nullptr},
-    {kFormatEmd, "EMD", nullptr, nullptr},
-    {kFormatShv, "SHV", nullptr, nullptr},
+    {kFormatEmd, "EMD", ReadEmd, nullptr},
+    {kFormatShv, "SHV", ReadShv, nullptr},
     {kFormatPhb, "PHB", ReadPhFile, nullptr},
     {kFormatPhd, "PHD", ReadPhFile, nullptr},
     {kFormatBmp, "BMP", nullptr, nullptr},
