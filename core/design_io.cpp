@@ -23,6 +23,12 @@ void RememberLastFile(const std::string& fileName) {
 
 }  // namespace
 
+int ReadDesignBytes(const std::string& path, std::vector<uint8_t>& bytes) {
+  const DesignPath location(path);
+  if (path.rfind(kZipPrefix, 0) == 0) return ReadZipMember(location, bytes) == 0 ? 0 : -1;
+  return ReadWholeFile(location.FullName(), bytes) == FileRead::kOk ? 0 : -1;
+}
+
 int ReadDesignFile(Design& design, const std::string& path) {
   if (EqualsIgnoringCase(design.name, path)) return 0;  // already loaded
   const DesignPath location(path);
@@ -30,11 +36,7 @@ int ReadDesignFile(Design& design, const std::string& path) {
   RememberLastFile(location.FullName());
 
   std::vector<uint8_t> bytes;
-  if (path.rfind(kZipPrefix, 0) == 0) {
-    if (ReadZipMember(location, bytes) != 0) return -1;
-  } else if (ReadWholeFile(location.FullName(), bytes) != FileRead::kOk) {
-    return -1;
-  }
+  if (ReadDesignBytes(path, bytes) != 0) return -1;
   bytes.push_back(0);  // every reader counts this zero byte in its size
 
   design.name = location.ToString();

@@ -6,9 +6,12 @@
 #include "core/preferences.h"
 #include "core/text.h"
 #include "formats/dst.h"
+#include "formats/emd.h"
 #include "formats/hus.h"
+#include "formats/pcs.h"
 #include "formats/pes.h"
 #include "formats/ph.h"
+#include "formats/shv.h"
 #include "formats/vip.h"
 
 namespace fennick {
@@ -25,15 +28,15 @@ constexpr std::array<FormatEntry, 17> kFormats{{
     {kFormatSew, "SEW", nullptr, nullptr},
     {kFormatJef, "JEF", nullptr, nullptr},
     {kFormatHus, "HUS", ReadHusFile, WriteHusFile},
-    {kFormatPcs, "PCS", nullptr, nullptr},
+    {kFormatPcs, "PCS", ReadPcs, WritePcs},
     {kFormatDst, "DST", ReadDst, WriteDst},
     {kFormatXxx, "XXX", nullptr, nullptr},
     {kFormatExp, "EXP", nullptr, nullptr},
     {kFormatVip, "VIP", ReadVipFile, WriteVipFile},
     {kFormatPhc, "PHC", ReadPhFile, nullptr},
     {kFormatPec, "PEC", ReadPesFile, nullptr},
-    {kFormatEmd, "EMD", nullptr, nullptr},
-    {kFormatShv, "SHV", nullptr, nullptr},
+    {kFormatEmd, "EMD", ReadEmd, nullptr},
+    {kFormatShv, "SHV", ReadShv, nullptr},
     {kFormatPhb, "PHB", ReadPhFile, nullptr},
     {kFormatPhd, "PHD", ReadPhFile, nullptr},
     {kFormatBmp, "BMP", nullptr, nullptr},

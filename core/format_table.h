@@ -71,6 +71,10 @@ std::span<const char* const> WritableExtensionsUpper();
 // failure, in which case the design may hold a partial result and keeps the
 // new name: a second call with the same path returns 0 without reading.
 int ReadDesignFile(Design& design, const std::string& path);
+// The bytes of the plain file or ZIP member that `path` names, read as
+// ReadDesignFile reads them, without the zero byte it adds. 0, or -1 when
+// nothing can be read. Readers that need a file beside their own use it.
+int ReadDesignBytes(const std::string& path, std::vector<uint8_t>& bytes);
 // Turns the design into the bytes of the target format, chosen by the "Tools"
 // settings or by `forcedFormat` when it is above -1. Returns the size written,
 // 0 when nothing was written; `design.name` then carries the new extension.

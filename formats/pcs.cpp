@@ -1,0 +1,188 @@
+#include "formats/pcs.h"
+
+#include <algorithm>
+#include <array>
+#include <string>
+
+#include "core/byte_cursor.h"
+#include "threads/palettes.h"
+
+namespace fennick {
+namespace {
+
+constexpr size_t kRecordSize = 9;
+constexpr size_t kColorCountOffset = 2;
+constexpr size_t kColorTableOffset = 4;
+constexpr size_t kTableColors = 16;
+constexpr size_t kNodeCountOffset = kColorTableOffset + 4 * kTableColors;  // 68
+constexpr size_t kFirstRecord = kNodeCountOffset + 2;  // overlaps the count's high half
+constexpr uint8_t kFileMark = 0x32;
+constexpr uint8_t kLargeHoop = 3;
+constexpr uint8_t kSmallHoop = 2;
+constexpr int32_t kSmallHoopLimit = 800;  // stitch units, in either axis
+constexpr uint8_t kFlagMask = 0x03;
+constexpr uint8_t kColorChange = 3;
+constexpr uint8_t kEndPosition = 4;  // the first and the last position record
+// One stitch unit is 153.5 file units.
+constexpr int64_t kFileUnits = 1535;
+constexpr int64_t kStitchUnits = 10;
+
+struct Start {
+  int32_t x, y;
+};
+constexpr Start kLargeHoopStart{92100, 88262};
+constexpr Start kSmallHoopStart{61400, 61400};
+
+// The writer's table where the design gives no colour, red, green, blue.
+constexpr std::array<std::array<uint8_t, 3>, kTableColors> kDefaultTable{{
+    {0, 0, 0}, {0, 0, 128}, {0, 0, 255}, {0, 128, 128}, {0, 255, 255}, {128, 0, 128},
+    {255, 0, 255}, {128, 0, 0}, {255, 0, 0}, {0, 128, 0}, {0, 255, 0}, {128, 128, 0},
+    {255, 255, 0}, {128, 128, 128}, {192, 192, 192}, {255, 255, 255},
+}};
+
+int32_t ToStitchUnits(int32_t fileValue) {
+  return static_cast<int32_t>(int64_t{fileValue} * kStitchUnits / kFileUnits);
+}
+
+int32_t ToFileUnits(int32_t move) { return static_cast<int32_t>(int64_t{move} * kFileUnits / kStitchUnits); }
+
+uint8_t Channel(uint32_t rgb, int shift) { return static_cast<uint8_t>(rgb >> shift); }
+
+}  // namespace
+
+bool ReadPcs(Design& design, std::span<const uint8_t> bytes) {
+  if (bytes.empty()) return false;
+  // ReclassifyJumps needs the name's extension, so it outlives the clearing.
+  std::string name = std::move(design.name);
+  design.Clear();
+  design.name = std::move(name);
+
+  ByteReader reader(bytes, kColorCountOffset);
+  const size_t colorCount = reader.U8();
+  std::vector<ThreadColor> colors;
+  reader.Seek(kColorTableOffset);
+  for (size_t index = 0; index < colorCount && reader.Has(4); ++index) {
+    ThreadColor color;
+    const uint8_t r = reader.U8(), g = reader.U8(), b = reader.U8();
+    reader.Skip(1);
+    color.rgb = ColorRef(r, g, b);
+    color.chartIndex = static_cast<int32_t>(index);
+    colors.push_back(std::move(color));
+  }
+
+  reader.Seek(kColorTableOffset + 4 * colorCount);
+  const int32_t recordCount = reader.S16LE();
+  if (reader.Ok() && recordCount > 0) {
+    design.stitches.Reserve(std::min<size_t>(static_cast<size_t>(recordCount), bytes.size() / kRecordSize));
+    reader.Seek(kColorTableOffset + 4 * colorCount + 2);
+    int32_t counter = 0;
+    int32_t lastX = 0, lastY = 0;
+    while (counter < recordCount && bytes.size() > kRecordSize && reader.Offset() < bytes.size() - kRecordSize) {
+      const size_t recordStart = reader.Offset();
+      int32_t x = reader.S32LE();
+      int32_t y = reader.S32LE();
+      const uint8_t flag = reader.U8() & kFlagMask;
+      bool colorMark = false;
+      bool takeNext = false;
+      if (flag == kColorChange) {
+        const size_t index = bytes[recordStart];
+        if (index < colors.size()) {
+          design.threads.push_back(colors[index]);
+          colorMark = true;
+        }
+        takeNext = true;
+      } else if (x == 0 && y == 0) {
+        takeNext = true;
+      }
+      if (takeNext) {
+        // The following record's position, its flag unread; a file that ends
+        // inside it ends here.
+        x = reader.S32LE();
+        y = reader.S32LE();
+        reader.Skip(1);
+        if (!reader.Ok()) break;
+        ++counter;
+      }
+      const int32_t stitchX = ToStitchUnits(x), stitchY = ToStitchUnits(y);
+      design.stitches.PushBack(static_cast<int32_t>(static_cast<uint32_t>(stitchX) - static_cast<uint32_t>(lastX)),
+                               static_cast<int32_t>(static_cast<uint32_t>(stitchY) - static_cast<uint32_t>(lastY)),
+                               colorMark ? STITCH_COLORSTOP : 0);
+      lastX = stitchX;
+      lastY = stitchY;
+      ++counter;
+    }
+  }
+
+  if (StitchNode* head = design.stitches.Head()) {
+    NamePcsColors(design);
+    head->flags = (head->flags | STITCH_JUMP) & ~STITCH_COLORSTOP;
+    design.ReclassifyJumps();
+    design.NormalizeColorStops();
+    design.Centre();
+  }
+  return true;
+}
+
+int WritePcs(Design& design, std::vector<uint8_t>& out) {
+  out.clear();
+  if (design.stitches.Empty()) return -1;
+  const size_t threadCount = design.threads.size();
+  const size_t nodeCount = design.stitches.Size();
+  // The file's size, whatever the records need; its unused end stays zero.
+  const size_t fileSize = kRecordSize * (threadCount + nodeCount + 8);
+  out.reserve(fileSize);
+  ByteWriter writer(out);
+
+  const int64_t width = int64_t{design.maxX} - design.minX;
+  const int64_t height = int64_t{design.maxY} - design.minY;
+  const bool large = width > kSmallHoopLimit || height > kSmallHoopLimit;
+  writer.U8(kFileMark);
+  writer.U8(large ? kLargeHoop : kSmallHoop);
+  writer.U8(static_cast<uint8_t>(kTableColors));
+  writer.U8(0);
+  std::array<std::array<uint8_t, 4>, kTableColors> table{};
+  for (size_t i = 0; i < kTableColors; ++i) {
+    if (i < threadCount) {
+      const uint32_t rgb = design.threads[i].rgb;
+      table[i] = {Channel(rgb, 0), Channel(rgb, 8), Channel(rgb, 16), 0};
+    } else {
+      table[i] = {kDefaultTable[i][0], kDefaultTable[i][1], kDefaultTable[i][2], 0};
+    }
+    writer.Bytes(table[i]);
+  }
+  // Only the low half survives: the first record overwrites the high half.
+  writer.U16LE(static_cast<uint16_t>(nodeCount));
+
+  design.stitches.Tail()->flags |= STITCH_JUMP;
+  design.stitches.Head()->flags |= STITCH_COLORSTOP;
+  const std::span<const uint8_t> tableBytes(table[0].data(), 4 * kTableColors);
+  const Start start = large ? kLargeHoopStart : kSmallHoopStart;
+  uint32_t x = static_cast<uint32_t>(start.x), y = static_cast<uint32_t>(start.y);
+  size_t colorCounter = 0;
+  const StitchNode* tail = design.stitches.Tail();
+  bool first = true;
+  for (const StitchNode& node : design.stitches) {
+    if (node.IsColorStop()) {
+      uint8_t index = static_cast<uint8_t>(colorCounter);
+      if (colorCounter >= kTableColors) {
+        const uint32_t rgb = colorCounter < threadCount ? design.threads[colorCounter].rgb : 0;
+        index = static_cast<uint8_t>(PcsNearestIndex(tableBytes, Channel(rgb, 0), Channel(rgb, 8), Channel(rgb, 16)));
+      }
+      ++colorCounter;
+      writer.U8(index);
+      writer.Fill(0, 7);
+      writer.U8(kColorChange);
+    }
+    // Rounded per move: the error adds up, as the format has it.
+    x += static_cast<uint32_t>(ToFileUnits(node.dx));
+    y += static_cast<uint32_t>(ToFileUnits(node.dy));
+    writer.U32LE(x);
+    writer.U32LE(y);
+    writer.U8(first || &node == tail ? kEndPosition : 0);
+    first = false;
+  }
+  if (out.size() < fileSize) out.resize(fileSize, 0);
+  return 0;
+}
+
+}  // namespace fennick

@@ -1,0 +1,239 @@
+#include "formats/pcs.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <set>
+
+#include "core/byte_cursor.h"
+#include "formats/pes.h"
+#include "tests/test_support.h"
+
+namespace fennick {
+namespace {
+
+using test::AsReaderInput;
+using test::Node;
+using test::Nodes;
+using test::SetNodes;
+
+using Rgb = std::array<uint8_t, 3>;
+constexpr std::array<Rgb, 16> kDefaultTable{{{0, 0, 0}, {0, 0, 128}, {0, 0, 255}, {0, 128, 128}, {0, 255, 255},
+                                             {128, 0, 128}, {255, 0, 255}, {128, 0, 0}, {255, 0, 0}, {0, 128, 0},
+                                             {0, 255, 0}, {128, 128, 0}, {255, 255, 0}, {128, 128, 128},
+                                             {192, 192, 192}, {255, 255, 255}}};
+
+void Put32(std::vector<uint8_t>& bytes, int32_t value) {
+  for (int i = 0; i < 4; ++i) bytes.push_back(static_cast<uint8_t>(static_cast<uint32_t>(value) >> (8 * i)));
+}
+
+// Header with the given table, the 16-bit record count, then the records.
+struct PcsFile {
+  std::vector<uint8_t> bytes;
+  PcsFile(uint8_t hoop, const std::array<Rgb, 16>& table, uint16_t count) {
+    bytes = {0x32, hoop, 16, 0};
+    for (const Rgb& c : table) bytes.insert(bytes.end(), {c[0], c[1], c[2], 0});
+    bytes.push_back(static_cast<uint8_t>(count));
+    bytes.push_back(static_cast<uint8_t>(count >> 8));
+  }
+  PcsFile& Position(int32_t x, int32_t y, uint8_t flag = 0) {
+    Put32(bytes, x);
+    Put32(bytes, y);
+    bytes.push_back(flag);
+    return *this;
+  }
+  PcsFile& Color(uint8_t index) {
+    bytes.insert(bytes.end(), {index, 0, 0, 0, 0, 0, 0, 0, 3});
+    return *this;
+  }
+};
+
+// A position in file units (153.5 to a stitch unit), rounded up so that it
+// reads back as `stitchUnits`.
+constexpr int32_t U(int32_t stitchUnits) { return (stitchUnits * 1535 + 9) / 10; }
+
+TEST(PcsWriter, GoldenBytes) {
+  Design design;
+  design.threads.resize(2);
+  design.threads[0].rgb = ColorRef(10, 20, 30);
+  design.threads[1].rgb = ColorRef(40, 50, 60);
+  SetNodes(design, {{10, 0, 0}, {0, 2, 0}, {0, 0, STITCH_COLORSTOP}, {-3, -1, 0}});
+  design.ComputeBounds();
+  std::vector<uint8_t> out;
+  ASSERT_EQ(WritePcs(design, out), 0);
+
+  PcsFile expected(2, kDefaultTable, 4);
+  std::copy_n(std::array<uint8_t, 8>{10, 20, 30, 0, 40, 50, 60, 0}.begin(), 8, expected.bytes.begin() + 4);
+  // From (61400, 61400): 10 units are 1535, 2 are 307, -3 and -1 are cut to
+  // -460 and -153. The first and last positions carry the flag 4.
+  expected.Color(0).Position(62935, 61400, 4).Position(62935, 61707).Color(1).Position(62935, 61707);
+  expected.Position(62475, 61554, 4);
+  expected.bytes.resize(9 * (2 + 4 + 8));  // the unused end stays zero
+  EXPECT_EQ(out, expected.bytes);
+  EXPECT_EQ(Nodes(design).front(), Node(10, 0, STITCH_COLORSTOP));
+  EXPECT_EQ(Nodes(design).back(), Node(-3, -1, STITCH_JUMP));
+}
+
+TEST(PcsWriter, HoopCodeAndStartFollowTheBounds) {
+  struct Case {
+    int32_t width, height;
+    uint8_t hoop;
+    int32_t startX, startY;
+  } cases[] = {{800, 800, 2, 61400, 61400}, {801, 10, 3, 92100, 88262}, {10, 801, 3, 92100, 88262}};
+  for (const Case& c : cases) {
+    Design design;
+    design.threads.resize(1);
+    SetNodes(design, {{0, 0, 0}, {c.width, c.height, 0}});
+    design.ComputeBounds();
+    std::vector<uint8_t> out;
+    ASSERT_EQ(WritePcs(design, out), 0);
+    EXPECT_EQ(out[1], c.hoop) << c.width << "x" << c.height;
+    ByteReader reader(out, 70 + 9);  // behind the colour record
+    EXPECT_EQ(reader.S32LE(), c.startX);
+    EXPECT_EQ(reader.S32LE(), c.startY);
+  }
+}
+
+TEST(PcsWriter, ColoursPastTheSixteenthTakeTheNearestTableEntry) {
+  Design design;
+  std::vector<Node> nodes;
+  for (int i = 0; i < 18; ++i) {
+    ThreadColor thread;
+    thread.rgb = ColorRef(static_cast<uint8_t>(i * 10), 0, 0);
+    design.threads.push_back(thread);
+    if (i > 0) nodes.emplace_back(0, 0, STITCH_COLORSTOP);
+    nodes.emplace_back(2, 0, 0);
+  }
+  design.threads[16].rgb = ColorRef(52, 0, 0);   // nearest: entry 5 (50, 0, 0)
+  design.threads[17].rgb = ColorRef(255, 0, 0);  // nearest: entry 15 (150, 0, 0)
+  SetNodes(design, nodes);
+  design.ComputeBounds();
+  std::vector<uint8_t> out;
+  ASSERT_EQ(WritePcs(design, out), 0);
+  std::vector<uint8_t> indices;
+  for (size_t at = 70; at + 9 <= out.size(); at += 9) {
+    if (out[at + 8] == 3) indices.push_back(out[at]);
+  }
+  const std::vector<uint8_t> expected = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 5, 15};
+  EXPECT_EQ(indices, expected);
+}
+
+TEST(PcsReader, RecordsColourChangesAndEndSteps) {
+  PcsFile file(2, kDefaultTable, 10);
+  file.Color(2).Position(U(100), 0, 4).Position(U(200), 0).Position(U(200), U(100));
+  file.Color(20).Position(U(200), U(200));           // beyond the table: no thread, no stop
+  file.Color(3).Position(U(150), U(200));            // a stop with a move
+  file.Position(0, 0).Position(U(150), U(190));      // (0, 0) takes the next record
+  file.Position(U(400), 0);                          // past the count: not read
+  Design design;
+  design.name = "/designs/a.PCS";
+  ASSERT_TRUE(ReadPcs(design, AsReaderInput(file.bytes)));
+  EXPECT_EQ(design.name, "/designs/a.PCS");
+  // Positions (100,0) (200,0) (200,100) (200,200) (150,200) (150,190). The
+  // stop is made pure, and centring moves the head jump by (150, 100).
+  const std::vector<Node> expected = {{-50, -100, STITCH_JUMP}, {100, 0, 0},   {0, 100, 0}, {0, 100, 0},
+                                      {0, 0, STITCH_COLORSTOP}, {-50, 0, 0}, {0, -10, 0}};
+  EXPECT_EQ(Nodes(design), expected);
+  ASSERT_EQ(design.threads.size(), 2u);
+  EXPECT_EQ(design.threads[0].colorName, "Blue");
+  EXPECT_EQ(design.threads[0].rgb, ColorRef(0, 0, 255));
+  EXPECT_EQ(design.threads[0].chartIndex, 2);
+  EXPECT_EQ(design.threads[1].colorName, "Dark Cyan");
+  EXPECT_EQ(design.threads[1].chartIndex, 3);
+}
+
+TEST(PcsReader, MovesOver127UnitsBecomeJumps) {
+  for (const int32_t length : {127, 128}) {
+    PcsFile file(2, kDefaultTable, 5);
+    file.Color(0).Position(U(10), 0).Position(U(10 + length), 0).Position(U(10 + length), U(10));
+    Design design;
+    design.name = "x.pcs";
+    ASSERT_TRUE(ReadPcs(design, AsReaderInput(file.bytes)));
+    ASSERT_EQ(design.stitches.Size(), 3u);
+    EXPECT_EQ(Nodes(design)[1], Node(length, 0, length > 127 ? STITCH_JUMP : 0)) << length;
+  }
+}
+
+TEST(PcsReader, EmptyCountsAndShortFiles) {
+  for (const uint16_t count : {uint16_t{0}, uint16_t{0x8000}}) {
+    PcsFile file(2, kDefaultTable, count);
+    file.Color(0).Position(U(10), 0);
+    Design design;
+    ASSERT_TRUE(ReadPcs(design, AsReaderInput(file.bytes)));
+    EXPECT_TRUE(design.stitches.Empty());
+    EXPECT_TRUE(design.threads.empty());
+  }
+  // A colour record whose position record is cut off ends the reading; the
+  // thread it added has no stop and goes again when the stops are counted.
+  PcsFile file(2, kDefaultTable, 6);
+  file.Color(0).Position(U(10), 0).Position(U(20), 0).Color(1);
+  file.bytes.insert(file.bytes.end(), {1, 2, 3});
+  Design design;
+  ASSERT_TRUE(ReadPcs(design, AsReaderInput(file.bytes)));
+  EXPECT_EQ(Nodes(design), (std::vector<Node>{{-5, 0, STITCH_JUMP}, {10, 0, 0}}));
+  EXPECT_EQ(design.threads.size(), 1u);
+}
+
+TEST(PcsRoundTrip, EvenMovesComeBackExactlyButTheCountLeavesOutTheLastRecords) {
+  Design design;
+  design.name = "r.pcs";
+  design.threads.resize(2);
+  design.threads[0].rgb = ColorRef(1, 2, 3);
+  design.threads[1].rgb = ColorRef(4, 5, 6);
+  SetNodes(design, {{40, 20, STITCH_JUMP}, {10, -6, 0}, {4, 8, 0}, {-12, 2, 0},
+                    {0, 0, STITCH_COLORSTOP}, {-12, 2, 0}, {6, 6, 0}, {2, 2, 0}});
+  design.ComputeBounds();
+  std::vector<uint8_t> out;
+  ASSERT_EQ(WritePcs(design, out), 0);
+  Design read;
+  read.name = "r.pcs";
+  ASSERT_TRUE(ReadPcs(read, AsReaderInput(out)));
+  // Even moves are whole file units. The count holds the nodes, while each
+  // colour record uses up one more of it: the last two positions stay unread.
+  ASSERT_EQ(read.threads.size(), 2u);
+  EXPECT_EQ(read.threads[1].rgb, ColorRef(4, 5, 6));
+  std::vector<Node> nodes = Nodes(read);
+  nodes.erase(nodes.begin());  // the head jump from the origin
+  EXPECT_EQ(nodes, (std::vector<Node>{{10, -6, 0}, {4, 8, 0}, {-12, 2, 0}, {0, 0, STITCH_COLORSTOP}, {-12, 2, 0}}));
+}
+
+std::set<std::pair<int32_t, int32_t>> StitchPositions(const Design& design) {
+  std::set<std::pair<int32_t, int32_t>> positions;
+  int32_t x = 0, y = 0;
+  for (const StitchNode& node : design.stitches) {
+    x += node.dx;
+    y += node.dy;
+    if (node.flags == 0 && node.HasMove()) positions.emplace(x, y);
+  }
+  return positions;
+}
+
+TEST(PcsReader, StarSampleMatchesThePesOfTheSameDesign) {
+  Design pcs, pes;
+  pcs.name = "Star.pcs";
+  ASSERT_TRUE(ReadPcs(pcs, AsReaderInput(test::ReadTestFile("Star.pcs"))));
+  ASSERT_TRUE(ReadPesFile(pes, AsReaderInput(test::ReadTestFile("star.pes"))));
+  // The table's colours 8 and 15 are named by the colour records.
+  ASSERT_EQ(pcs.threads.size(), 2u);
+  EXPECT_EQ(pcs.threads[0].colorName, "Red");
+  EXPECT_EQ(pcs.threads[1].rgb, ColorRef(255, 255, 255));
+  EXPECT_EQ((std::array{pcs.minX, pcs.maxX, pcs.minY, pcs.maxY}), (std::array{pes.minX, pes.maxX, pes.minY, pes.maxY}));
+  const auto expected = StitchPositions(pes);
+  const auto actual = StitchPositions(pcs);
+  size_t found = 0;
+  for (const auto& position : actual) found += expected.count(position);
+  EXPECT_GT(actual.size(), 2000u);
+  EXPECT_EQ(found, actual.size());
+}
+
+TEST(PcsReader, EveryTruncationOfTheSampleReads) {
+  const std::vector<uint8_t> bytes = test::ReadTestFile("Star.pcs");
+  for (size_t length = 0; length <= bytes.size(); length += length < 1000 ? 1 : 7) {
+    Design design;
+    design.name = "cut.pcs";
+    ReadPcs(design, AsReaderInput({bytes.begin(), bytes.begin() + static_cast<ptrdiff_t>(length)}));
+  }
+}
+
+}  // namespace
+}  // namespace fennick
