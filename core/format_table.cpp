@@ -8,6 +8,8 @@
 #include "formats/dst.h"
 #include "formats/pes.h"
 #include "formats/ph.h"
+#include "formats/sew.h"
+#include "formats/xxx.h"
 
 namespace fennick {
 namespace {
@@ -20,12 +22,12 @@ int WritePesWithSaveAsSettings(Design& design, std::vector<uint8_t>& out) {
 
 constexpr std::array<FormatEntry, 17> kFormats{{
     {kFormatPes, "PES", ReadPesFile, WritePesWithSaveAsSettings},
-    {kFormatSew, "SEW", nullptr, nullptr},
+    {kFormatSew, "SEW", ReadSew, WriteSew},
     {kFormatJef, "JEF", nullptr, nullptr},
     {kFormatHus, "HUS", nullptr, nullptr},
     {kFormatPcs, "PCS", nullptr, nullptr},
     {kFormatDst, "DST", ReadDst, WriteDst},
-    {kFormatXxx, "XXX", nullptr, nullptr},
+    {kFormatXxx, "XXX", ReadXxx, WriteXxx},
     {kFormatExp, "EXP", nullptr, nullptr},
     {kFormatVip, "VIP", nullptr, nullptr},
     {kFormatPhc, "PHC", ReadPhFile, nullptr},
