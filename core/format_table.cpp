@@ -11,8 +11,10 @@
 #include "formats/pcs.h"
 #include "formats/pes.h"
 #include "formats/ph.h"
+#include "formats/sew.h"
 #include "formats/shv.h"
 #include "formats/vip.h"
+#include "formats/xxx.h"
 
 namespace fennick {
 namespace {
@@ -25,12 +27,12 @@ int WritePesWithSaveAsSettings(Design& design, std::vector<uint8_t>& out) {
 
 constexpr std::array<FormatEntry, 17> kFormats{{
     {kFormatPes, "PES", ReadPesFile, WritePesWithSaveAsSettings},
-    {kFormatSew, "SEW", nullptr, nullptr},
+    {kFormatSew, "SEW", ReadSew, WriteSew},
     {kFormatJef, "JEF", nullptr, nullptr},
     {kFormatHus, "HUS", ReadHusFile, WriteHusFile},
     {kFormatPcs, "PCS", ReadPcs, WritePcs},
     {kFormatDst, "DST", ReadDst, WriteDst},
-    {kFormatXxx, "XXX", nullptr, nullptr},
+    {kFormatXxx, "XXX", ReadXxx, WriteXxx},
     {kFormatExp, "EXP", nullptr, nullptr},
     {kFormatVip, "VIP", ReadVipFile, WriteVipFile},
     {kFormatPhc, "PHC", ReadPhFile, nullptr},

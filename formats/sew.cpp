@@ -1,0 +1,249 @@
+#include "formats/sew.h"
+
+#include <algorithm>
+#include <array>
+
+#include "core/byte_cursor.h"
+#include "threads/palettes.h"
+#include "tools/render/design_renderer.h"
+
+namespace fennick {
+namespace {
+
+constexpr size_t kStreamOffset = 7544;
+constexpr size_t kCountsOffset = 50;
+constexpr size_t kMaxThreads = 12;
+constexpr int32_t kLongestMove = 127;
+// Where the written design sits relative to its centre: 17.5 mm right, 10 mm down.
+constexpr int32_t kShiftX = 175;
+constexpr int32_t kShiftY = -100;
+
+constexpr int8_t kEscape = -128;
+constexpr int8_t kColorChangeCode = 1;
+constexpr int8_t kJumpCode = 2;
+constexpr int8_t kEndCode = 16;
+
+// A picture block: row length in bytes and height, then the rows, most
+// significant bit leftmost.
+struct PictureSlot {
+  int32_t width;
+  int32_t height;
+  size_t offset;  // of colour 0
+  size_t step;    // from one colour to the next; 0 for the shared block
+};
+constexpr PictureSlot kWhole{48, 32, 74, 0};
+constexpr PictureSlot kSmall{24, 22, 268, 68};
+constexpr PictureSlot kLarge{64, 48, 1084, 386};
+constexpr int32_t kOutlineWidth = 120;
+constexpr int32_t kOutlineHeight = 80;
+constexpr size_t kOutlineOffset = 6102;
+constexpr size_t kOutlineBytes = 1200;
+
+// No pen colour has a high byte, so no stitch pixel can equal this background.
+constexpr uint32_t kUndrawn = 0xFF000000;
+
+size_t RowBytes(int32_t width) { return static_cast<size_t>(width + 7) / 8; }
+
+// Renders colour `color` alone at the given size and returns it as a picture
+// block. Thin, flat lines without jumps; rows from the top of the design down.
+std::vector<uint8_t> DrawPicture(DesignRenderer& renderer, int color, int32_t width, int32_t height) {
+  const size_t rowBytes = RowBytes(width);
+  std::vector<uint8_t> block(2 + rowBytes * static_cast<size_t>(height), 0);
+  block[0] = static_cast<uint8_t>(rowBytes);
+  block[1] = static_cast<uint8_t>(height);
+  if (renderer.bitmap.Create(width, height) != 0) return block;
+  renderer.bitmap.background = kUndrawn;
+  renderer.Render(color);
+  const std::vector<uint32_t>& pixels = renderer.bitmap.pixels;
+  for (int32_t y = 0; y < height; ++y) {
+    for (int32_t x = 0; x < width; ++x) {
+      if (pixels[static_cast<size_t>(y * width + x)] == kUndrawn) continue;
+      block[2 + static_cast<size_t>(y) * rowBytes + static_cast<size_t>(x / 8)] |=
+          static_cast<uint8_t>(0x80 >> (x % 8));
+    }
+  }
+  return block;
+}
+
+void OrInto(std::vector<uint8_t>& out, size_t offset, std::span<const uint8_t> bits) {
+  const size_t count = std::min(bits.size(), out.size() > offset ? out.size() - offset : 0);
+  for (size_t i = 0; i < count; ++i) out[offset + i] |= bits[i];
+}
+
+// The edge of colour `color`'s 120 by 80 picture: set pixels whose eight
+// neighbours are all set are cleared. Deliberately kept: the clearing
+// addresses bits from the low end of the byte, and only rows 1 to 77 are
+// looked at.
+std::vector<uint8_t> DrawOutline(DesignRenderer& renderer, int color) {
+  const std::vector<uint8_t> drawn = DrawPicture(renderer, color, kOutlineWidth, kOutlineHeight);
+  std::vector<uint8_t> outline = drawn;
+  const size_t rowBytes = RowBytes(kOutlineWidth);
+  auto set = [&](int32_t x, int32_t y) {
+    return (drawn[2 + static_cast<size_t>(y) * rowBytes + static_cast<size_t>(x / 8)] & (0x80 >> (x % 8))) != 0;
+  };
+  for (int32_t y = 1; y <= 77; ++y) {
+    for (int32_t x = 1; x <= 118; ++x) {
+      bool inside = true;
+      for (int32_t ny = y - 1; ny <= y + 1 && inside; ++ny) {
+        for (int32_t nx = x - 1; nx <= x + 1 && inside; ++nx) inside = set(nx, ny);
+      }
+      if (inside) {
+        outline[2 + static_cast<size_t>(y) * rowBytes + static_cast<size_t>(x / 8)] &=
+            static_cast<uint8_t>(~(1u << (x % 8)));
+      }
+    }
+  }
+  return outline;
+}
+
+// Cuts every move to 127 units an axis and anchors each jump with a stitch on
+// the spot; a stop carrying a move gets a pure stop of its own before it.
+void PrepareNodes(Design& design) {
+  StitchList& list = design.stitches;
+  for (StitchNode* node = list.Head(); node != nullptr;) {
+    if (node->IsColorStop()) {
+      const uint32_t jump = node->flags & STITCH_JUMP;
+      node->flags &= ~STITCH_JUMP;
+      if (node->HasMove()) {
+        list.InsertBefore(node, 0, 0, STITCH_COLORSTOP);
+        node->flags = (node->flags & ~STITCH_COLORSTOP) | jump;
+      }
+    }
+    const int32_t dx = std::clamp(node->dx, -kLongestMove, kLongestMove);
+    const int32_t dy = std::clamp(node->dy, -kLongestMove, kLongestMove);
+    const int32_t restX = node->dx - dx, restY = node->dy - dy;
+    if (restX != 0 || restY != 0) {
+      node->dx = dx;
+      node->dy = dy;
+      node->flags |= STITCH_JUMP;
+      node = list.InsertAfter(node, restX, restY, 0);
+    } else if (node->IsJump()) {
+      node = list.InsertAfter(node, 0, 0, 0)->Next();
+    } else {
+      node = node->Next();
+    }
+  }
+}
+
+}  // namespace
+
+bool ReadSew(Design& design, std::span<const uint8_t> bytes) {
+  design.Clear();
+  if (bytes.empty()) return false;
+  ByteReader reader(bytes);
+  const int16_t count = reader.S16LE();
+  for (int16_t i = 0; i < count && reader.Has(2); ++i) {
+    ThreadColor& thread = design.threads.emplace_back();
+    thread.chartIndex = reader.S16LE();
+    JefPaletteColor(thread);
+  }
+
+  const size_t size = bytes.size();
+  // The buffer's size counts the added zero byte.
+  if (size >= kStreamOffset + 3) {
+    const size_t end = size - 2;
+    design.stitches.Reserve((end - kStreamOffset) / 2);
+    reader.Seek(kStreamOffset);
+    while (reader.Offset() < end) {
+      int8_t a = reader.S8();
+      int8_t b = reader.S8();
+      uint32_t flags = 0;
+      if (a == kEscape) {
+        if (b == kEndCode) break;
+        if (b == kColorChangeCode) flags = STITCH_COLORSTOP;
+        if (b == kJumpCode) flags = STITCH_JUMP;
+        // Any other code still takes its pair; the move follows in the next one.
+        a = 0;
+        b = 0;
+        if (reader.Offset() < end) {
+          a = reader.S8();
+          b = reader.S8();
+        } else {
+          reader.Skip(2);
+        }
+      }
+      design.stitches.PushBack(a, b, flags);
+    }
+  }
+  design.MergeJumps(false);
+  design.StripLeadingMoves();
+  return true;
+}
+
+int WriteSew(Design& design, std::vector<uint8_t>& out) {
+  out.clear();
+  if (design.stitches.Empty() || design.threads.empty() || design.threads.size() > kMaxThreads) return -1;
+  const size_t threadCount = design.threads.size();
+
+  design.Centre();
+  if (StitchNode* head = design.stitches.Head(); head->IsJump()) {
+    head->dx += kShiftX;
+    head->dy += kShiftY;
+  } else {
+    design.stitches.PushFront(0, 0, 0);
+    design.stitches.PushFront(kShiftX, kShiftY, STITCH_JUMP);
+  }
+  for (ThreadColor& thread : design.threads) JefNearestColor(thread);
+  PrepareNodes(design);
+
+  // Nodes per colour: a stop is counted with the colour it starts, and the
+  // last colour is given one more.
+  std::vector<size_t> counts(threadCount, 0);
+  size_t color = 0, jumps = 0;
+  for (const StitchNode& node : design.stitches) {
+    if (node.IsColorStop()) ++color;
+    if (node.IsJump()) ++jumps;
+    if (color >= counts.size()) counts.resize(color + 1, 0);
+    ++counts[color];
+  }
+  ++counts[color];
+
+  const size_t fileSize = 2 * (threadCount + design.stitches.Size() + jumps) + kStreamOffset;
+  out.reserve(fileSize);
+  ByteWriter writer(out);
+  writer.U16LE(static_cast<uint16_t>(threadCount));
+  for (const ThreadColor& thread : design.threads) writer.U16LE(static_cast<uint16_t>(thread.chartIndex));
+  writer.Fill(0, kCountsOffset - writer.Size());
+  for (size_t i = 0; i < threadCount && counts[i] != 0; ++i) writer.U16LE(static_cast<uint16_t>(counts[i]));
+  writer.Fill(0, kStreamOffset - writer.Size());
+
+  for (const StitchNode& node : design.stitches) {
+    if (node.IsJump()) {
+      writer.U8(static_cast<uint8_t>(kEscape));
+      writer.U8(kJumpCode);
+    }
+    if (node.IsColorStop()) {
+      writer.U8(static_cast<uint8_t>(kEscape));
+      writer.U8(kColorChangeCode);
+    }
+    writer.U8(static_cast<uint8_t>(node.dx));
+    writer.U8(static_cast<uint8_t>(node.dy));
+  }
+  writer.U8(static_cast<uint8_t>(kEscape));
+  writer.U8(kEndCode);
+  if (out.size() < fileSize) writer.Fill(0, fileSize - out.size());
+
+  // The pictures use the bounds of the centring above, as the move to the
+  // machine's start point is not part of them.
+  DesignRenderer renderer;
+  renderer.design = &design;
+  renderer.thick = false;
+  renderer.flipY = true;
+  for (size_t i = 0; i < threadCount; ++i) {
+    const int c = static_cast<int>(i);
+    if (counts[i] != 0) {
+      OrInto(out, kSmall.offset + kSmall.step * i, DrawPicture(renderer, c, kSmall.width, kSmall.height));
+      OrInto(out, kLarge.offset + kLarge.step * i, DrawPicture(renderer, c, kLarge.width, kLarge.height));
+      OrInto(out, kWhole.offset, DrawPicture(renderer, c, kWhole.width, kWhole.height));
+    }
+  }
+  for (size_t i = 0; i < threadCount; ++i) {
+    const std::vector<uint8_t> outline = DrawOutline(renderer, static_cast<int>(i));
+    OrInto(out, kOutlineOffset, std::span<const uint8_t>(outline).first(kOutlineBytes));
+  }
+  // Rendering marks the nodes it drew; the design keeps only its own flags.
+  for (StitchNode& node : design.stitches) node.flags &= ~STITCH_DRAWN;
+  return 0;
+}
+
+}  // namespace fennick
