@@ -190,7 +190,7 @@ TEST(BuildFormatColorDesign, TablesInTheFormatsOrder) {
       {"a.emd", 66, {{49, "Prussian Blue", Rgb(14, 31, 124)}}},
       {"a.sew", 79, {{0, "Black", 0}, {78, "Other Color", Rgb(192, 192, 192)}}},
       {"a.jef", 79, {{9, "Red", Rgb(255, 0, 0)}}},
-      {"a.xxx", ReferenceChart().size(), {{0, ReferenceChart().front().colorName.c_str(), ReferenceChart().front().rgb}}},
+      {"a.xxx", ReferenceChart().size(), {{0, "Sulky Rayon 1061", Rgb(226, 224, 197)}}},
       {"a.vip", ChartByNumber(1).size(), {{0, "Madeira Rayon 1022", Rgb(255, 249, 137)}}},
       {"a.bmp", 0, {}},
       {"noextension", 0, {}},
