@@ -25,6 +25,7 @@ int RunDemo(const Arguments& arguments);
 int RunNotes(const Arguments& arguments);
 int RunRender(const Arguments& arguments);
 int RunZip(const Arguments& arguments);
+int RunColors(const Arguments& arguments);
 
 // Reads a design through ReadDesignFile; on failure prints one line naming the
 // file and the cause and returns false.

@@ -23,8 +23,17 @@ constexpr Command kCommands[] = {
      fennick::cli::RunConvert},
     {"notes", "fennick notes IN [OUT.txt]",
      "Writes the design's notes: name, size, date and each thread's stitches and length, in\n"
-     "yards and inches when the \"English\" preference is set. Without OUT they go to standard output.",
+     "yards and inches when the \"English\" preference is set, then for each distinct colour the three\n"
+     "nearest threads of the Sulky, MA Rayon, RA Poly and Isacord charts with their likeness in\n"
+     "percent. Without OUT they go to standard output.",
      fennick::cli::RunNotes},
+    {"colors", "fennick colors EXT [--json]",
+     "Lists the colours a format offers, as a host's colour list shows them: one line per colour\n"
+     "with its number, #rrggbb and name. VIP lists its nine thread charts and the PES family (pes,\n"
+     "pec, phc, phb, phd, emd) nine brand charts, each under its title and in hue order. --json\n"
+     "prints {\"format\", \"charts\": [{\"title\", \"colors\": [{\"index\", \"rgb\", \"name\",\n"
+     "\"chart_index\"}]}]}, with a null title for a format's single table.",
+     fennick::cli::RunColors},
     {"render", "fennick render IN OUT [--size N] [--flat|--3d] [--outline] [--jumps] [--background RRGGBB]",
      "Draws the design into OUT, a PNG or a Windows bitmap by its extension. The size, look and\n"
      "background default to the \"BMP Size\", \"Make 3D\", \"Outline\" and background preferences.",

@@ -1,8 +1,6 @@
-#include <ctime>
 #include <cstdio>
 
 #include "cli/commands.h"
-#include "core/preferences.h"
 #include "tools/design_notes.h"
 
 namespace fennick::cli {
@@ -14,7 +12,7 @@ int RunNotes(const Arguments& arguments) {
   }
   Design design;
   if (!LoadDesign(arguments[0], design)) return 1;
-  const std::string text = DesignNotes(design, GetEnglish() != 0, ShortDateText(std::time(nullptr)), {});
+  const std::string text = DesignNotes(design);
   if (arguments.size() == 1) {
     std::fwrite(text.data(), 1, text.size(), stdout);
     return 0;

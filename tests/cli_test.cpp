@@ -114,6 +114,32 @@ TEST_F(CliTest, NotesGoToStandardOutputOrAFile) {
   EXPECT_EQ(std::string(file.begin(), file.end()), outcome.out);
 }
 
+TEST_F(CliTest, ColorsListsAFormatsTable) {
+  const Outcome pcs = Run("colors PCS");
+  ASSERT_EQ(pcs.status, 0) << pcs.err;
+  EXPECT_EQ(pcs.out.rfind("  1  #000000  Black\n  2  #000080  Dark Blue\n", 0), 0u) << pcs.out;
+  EXPECT_NE(pcs.out.find(" 16  #ffffff  White\n"), std::string::npos);
+  const Outcome vip = Run("colors vip --json");
+  ASSERT_EQ(vip.status, 0) << vip.err;
+  EXPECT_EQ(vip.out.rfind("{\"format\":\"vip\",\"charts\":[{\"title\":\"Alcazar Rayon\",\"colors\":[{", 0), 0u);
+  EXPECT_NE(vip.out.find("{\"title\":\"Isafil rayon\""), std::string::npos);
+  EXPECT_NE(Run("colors pes").out.find("\nGU Dekor\n    1  #"), std::string::npos);
+  const struct {
+    std::string arguments;
+    int status;
+    std::string message;
+  } failures[] = {
+      {"colors", 2, "fennick: colors: name a format's extension"},
+      {"colors abc", 2, "fennick: abc: is not the extension of a design format\n"},
+      {"colors bmp", 1, "fennick: bmp: the format has no colour table\n"},
+  };
+  for (const auto& c : failures) {
+    const Outcome outcome = Run(c.arguments);
+    EXPECT_EQ(outcome.status, c.status) << c.arguments;
+    EXPECT_EQ(outcome.err.substr(0, c.message.size()), c.message) << c.arguments;
+  }
+}
+
 TEST_F(CliTest, BadInputGivesOneLineAndAnExitCode) {
   folder.Write("empty.dst", {});
   folder.Write("junk.dst", std::vector<uint8_t>(300, 0x55));
@@ -142,7 +168,7 @@ TEST_F(CliTest, BadInputGivesOneLineAndAnExitCode) {
 }
 
 TEST_F(CliTest, EveryCommandHasHelp) {
-  for (const char* command : {"info", "dump", "convert", "render", "notes", "demo", "zip"}) {
+  for (const char* command : {"info", "dump", "convert", "render", "notes", "demo", "zip", "colors"}) {
     const Outcome outcome = Run(std::string(command) + " --help");
     EXPECT_EQ(outcome.status, 0) << command;
     EXPECT_EQ(outcome.out.rfind(std::string("usage: fennick ") + command, 0), 0u) << outcome.out;

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "core/preferences.h"
+#include "threads/colour_conversion.h"
 #include "tools/size_text.h"
 
 #include "tests/test_support.h"
@@ -66,6 +68,25 @@ TEST(DesignNotes, NameSizeDateThenOneParagraphPerThread) {
   design.threads.clear();
   EXPECT_EQ(DesignNotes(design, false, "11/21/26", ""),
             "/designs/rose.pes\r\n2.56 cm x 5.12 cm : 4 Stitches\r\n11/21/26\r\n\r\n\r\n");
+}
+
+TEST(DesignNotes, OneCallFormFollowsThePreferenceAndEndsWithTheMatches) {
+  const test::ScratchFolder folder;
+  Design design;
+  design.name = "rose.pes";
+  design.maxX = 256;
+  test::SetNodes(design, {{1, 0, 0}});
+  design.threads = {ThreadColor{}};
+  design.threads[0].colorName = "Red";
+  design.threads[0].rgb = 0x0000FF;
+  design.threads[0].threadLength = 10000;
+  const std::string matches = BuildMatchText(design);
+  ASSERT_NE(matches.find("Red Matches:"), std::string::npos);
+  const std::string english = DesignNotes(design);  // "English" is on until set otherwise
+  EXPECT_NE(english.find("1: Red, 0 st. 1.1 yd.\r\n"), std::string::npos) << english;
+  EXPECT_EQ(english.substr(english.size() - matches.size()), matches);
+  PreferenceStore().SetInt("Settings", "English", 0);
+  EXPECT_NE(DesignNotes(design).find("1: Red, 0 st. 1.0 m.\r\n"), std::string::npos);
 }
 
 TEST(DesignNotes, ShortDateIsMonthDayYear) {

@@ -297,16 +297,14 @@ bool ContainsLowered(std::string_view text, std::string_view lowerNeedle) {
   return false;
 }
 
-// Halves away from zero, then cut.
+const ThreadColor kBlankThread{};
+constexpr double kNearestRadiusPerSaturation = 2.0;
+
+}  // namespace
+
 int32_t RoundHalfAway(double value) { return static_cast<int32_t>(value >= 0.0 ? value + 0.5 : value - 0.5); }
 
-// A colour's place in the hue cone: value on the axis, hue as the angle and
-// twice the saturation as the radius, all whole numbers.
-struct ConePoint {
-  int32_t v, x, y;
-};
-
-ConePoint PlaceInCone(uint32_t rgb) {
+ConePoint PlaceInCone(uint32_t rgb, double radiusPerSaturation) {
   constexpr double kRadiansPerDegree = 0.017453292519943295;
   const int32_t r = static_cast<int32_t>(rgb & 0xFF);
   const int32_t g = static_cast<int32_t>((rgb >> 8) & 0xFF);
@@ -327,7 +325,7 @@ ConePoint PlaceInCone(uint32_t rgb) {
   if (hue < 0.0) hue += 360.0;
   if (hue == 360.0) hue = 0.0;
   const double angle = static_cast<int32_t>(hue) * kRadiansPerDegree;
-  const int32_t radius = 2 * saturation;
+  const double radius = radiusPerSaturation * saturation;
   return {v, RoundHalfAway(std::cos(angle) * radius), RoundHalfAway(std::sin(angle) * radius)};
 }
 
@@ -337,10 +335,6 @@ float ConeDistance(const ConePoint& a, const ConePoint& b) {
   const int32_t dy = a.y - b.y;
   return std::sqrt(static_cast<float>(dv * dv + dx * dx + dy * dy));
 }
-
-const ThreadColor kBlankThread{};
-
-}  // namespace
 
 ThreadChart ChartByNumber(int number) { return ChartById(DisplayChartByNumber(number).id); }
 
@@ -390,11 +384,11 @@ ThreadColor ChartThreadByCode(int number, std::string_view text) {
 
 const ThreadColor& NearestChartThread(uint32_t rgb, ThreadChart chart, int32_t& distance) {
   if (chart.empty()) return kBlankThread;
-  const ConePoint target = PlaceInCone(rgb);
+  const ConePoint target = PlaceInCone(rgb, kNearestRadiusPerSaturation);
   const ThreadColor* best = &chart.front();
   float bestDistance = 10000.0f;
   for (const ThreadColor& row : chart) {
-    const float rowDistance = ConeDistance(target, PlaceInCone(row.rgb));
+    const float rowDistance = ConeDistance(target, PlaceInCone(row.rgb, kNearestRadiusPerSaturation));
     // Deliberately the distance of the last row walked, not of the best one.
     distance = RoundHalfAway(rowDistance);
     if (rowDistance < bestDistance) {

@@ -38,6 +38,19 @@ const std::string& NearestChartName(uint32_t rgb, int number, uint32_t* nearestR
 // Poly, 4 for the others. Any other number, or no such row, gives a blank thread.
 ThreadColor ChartThreadByCode(int number, std::string_view text);
 
+// A colour's place in the hue cone: value on the axis, the hue in whole
+// degrees as the angle and `radiusPerSaturation` times the saturation (0 to
+// 255) as the radius, x and y rounded half away from zero.
+struct ConePoint {
+  int32_t v, x, y;
+};
+ConePoint PlaceInCone(uint32_t rgb, double radiusPerSaturation);
+// The distance of two placed colours; the squares are summed as whole numbers
+// and the root is taken in single precision.
+float ConeDistance(const ConePoint& a, const ConePoint& b);
+// Halves away from zero, then cut towards zero.
+int32_t RoundHalfAway(double value);
+
 // The row of `chart` nearest to `rgb` in the hue cone (value, and hue at a
 // radius of twice the saturation). `distance` takes the rounded distance of
 // the last row walked, which is the best row's only when an exact match ended

@@ -1,6 +1,8 @@
 #include "tools/design_notes.h"
 
+#include "core/preferences.h"
 #include "core/text.h"
+#include "threads/colour_conversion.h"
 #include "tools/size_text.h"
 
 namespace fennick {
@@ -44,6 +46,10 @@ std::string DesignNotes(const Design& design, bool english, std::string_view dat
   text += "\r\n";
   text.append(matchText);
   return text;
+}
+
+std::string DesignNotes(const Design& design) {
+  return DesignNotes(design, GetEnglish() != 0, ShortDateText(std::time(nullptr)), BuildMatchText(design));
 }
 
 }  // namespace fennick

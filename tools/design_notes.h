@@ -17,5 +17,8 @@ std::string ShortDateText(std::time_t when);
 // the paragraph of thread matches from the brand charts, goes last.
 std::string DesignNotes(const Design& design, bool english, std::string_view date,
                         std::string_view matchText);
+// The sheet as the notes command and the text save write it: units by the
+// "English" preference, today's date, and BuildMatchText's paragraph.
+std::string DesignNotes(const Design& design);
 
 }  // namespace fennick
