@@ -6,6 +6,8 @@
 #include "core/preferences.h"
 #include "core/text.h"
 #include "formats/dst.h"
+#include "formats/exp.h"
+#include "formats/jef.h"
 #include "formats/pes.h"
 #include "formats/ph.h"
 
@@ -21,12 +23,12 @@ int WritePesWithSaveAsSettings(Design& design, std::vector<uint8_t>& out) {
 constexpr std::array<FormatEntry, 17> kFormats{{
     {kFormatPes, "PES", ReadPesFile, WritePesWithSaveAsSettings},
     {kFormatSew, "SEW", nullptr, nullptr},
-    {kFormatJef, "JEF", nullptr, nullptr},
+    {kFormatJef, "JEF", ReadJef, WriteJef},
     {kFormatHus, "HUS", nullptr, nullptr},
     {kFormatPcs, "PCS", nullptr, nullptr},
     {kFormatDst, "DST", ReadDst, WriteDst},
     {kFormatXxx, "XXX", nullptr, nullptr},
-    {kFormatExp, "EXP", nullptr, nullptr},
+    {kFormatExp, "EXP", ReadExp, WriteExp},
     {kFormatVip, "VIP", nullptr, nullptr},
     {kFormatPhc, "PHC", ReadPhFile, nullptr},
     {kFormatPec, "PEC", ReadPesFile, nullptr},
