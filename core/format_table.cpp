@@ -7,7 +7,9 @@
 #include "core/text.h"
 #include "formats/dst.h"
 #include "formats/emd.h"
+#include "formats/exp.h"
 #include "formats/hus.h"
+#include "formats/jef.h"
 #include "formats/pcs.h"
 #include "formats/pes.h"
 #include "formats/ph.h"
@@ -28,12 +30,12 @@ int WritePesWithSaveAsSettings(Design& design, std::vector<uint8_t>& out) {
 constexpr std::array<FormatEntry, 17> kFormats{{
     {kFormatPes, "PES", ReadPesFile, WritePesWithSaveAsSettings},
     {kFormatSew, "SEW", ReadSew, WriteSew},
-    {kFormatJef, "JEF", nullptr, nullptr},
+    {kFormatJef, "JEF", ReadJef, WriteJef},
     {kFormatHus, "HUS", ReadHusFile, WriteHusFile},
     {kFormatPcs, "PCS", ReadPcs, WritePcs},
     {kFormatDst, "DST", ReadDst, WriteDst},
     {kFormatXxx, "XXX", ReadXxx, WriteXxx},
-    {kFormatExp, "EXP", nullptr, nullptr},
+    {kFormatExp, "EXP", ReadExp, WriteExp},
     {kFormatVip, "VIP", ReadVipFile, WriteVipFile},
     {kFormatPhc, "PHC", ReadPhFile, nullptr},
     {kFormatPec, "PEC", ReadPesFile, nullptr},

@@ -1,0 +1,179 @@
+#include "formats/exp.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+#include <utility>
+
+#include "formats/dst.h"
+#include "tests/test_support.h"
+
+namespace fennick {
+namespace {
+
+using test::AsReaderInput;
+using test::Node;
+using test::Nodes;
+using test::SetNodes;
+using Bytes = std::vector<uint8_t>;
+
+// Where stitches with a move land; with `everyNode`, where every node does.
+std::vector<std::pair<int32_t, int32_t>> StitchPositions(const Design& design, bool everyNode = false) {
+  std::vector<std::pair<int32_t, int32_t>> positions;
+  int32_t x = 0, y = 0;
+  for (const StitchNode& node : design.stitches) {
+    x += node.dx;
+    y += node.dy;
+    if (everyNode || (node.flags == 0 && node.HasMove())) positions.emplace_back(x, y);
+  }
+  return positions;
+}
+
+TEST(ExpWriter, GoldenBytes) {
+  Design design;
+  design.threads.resize(3);
+  SetNodes(design, {{10, 20, 0},
+                    {0, 0, STITCH_COLORSTOP},
+                    {200, 0, STITCH_JUMP},  // split into two jumps of 100 and a zero stitch
+                    {-5, 3, 0},
+                    {2, 1, STITCH_COLORSTOP | STITCH_JUMP}});  // a stop with a move
+  Bytes out;
+  ASSERT_EQ(WriteExp(design, out), 0);
+  const Bytes expected = {
+      0x0A, 0x14,              // (10, 20)
+      0x80, 0x01, 0x00, 0x00,  // the stop and its pair 00 00
+      0x80, 0x04, 0x64, 0x00,  // jump (100, 0)
+      0x00, 0x00,              // its anchor
+      0x80, 0x04, 0x64, 0x00,  // jump (100, 0)
+      0x00, 0x00,              // its anchor
+      0x00, 0x00,              // the split node, left as a zero stitch
+      0xFB, 0x03,              // (-5, 3)
+      0x80, 0x01, 0x00, 0x00,  // the stop split off the move
+      0x80, 0x04, 0x02, 0x01,  // the move, still a jump
+      0x00, 0x00,              // its anchor
+  };
+  EXPECT_EQ(out, expected);
+
+  Design empty;
+  EXPECT_EQ(WriteExp(empty, out), -1);
+  EXPECT_TRUE(out.empty());
+}
+
+TEST(ExpReader, ControlPairsThreadsAndTheTail) {
+  const Bytes file = {
+      0x80, 0x04, 0x05, 0x00,              // jump (5, 0)
+      0x03, 0x04,                          // its landing stitch, swallowed
+      0x80, 0x01, 0x80, 0x04, 0x02, 0x00,  // a colour change and a jump add up
+      0x80, 0x80, 0x7F, 0x7F, 0x01, 0x01,  // 80 80 skips itself and the pair behind
+      0x80, 0x03, 0x00, 0x00,              // odd: a colour change, then a stitch on the spot
+      0x05, 0x05,                          // (5, 5)
+      0x80, 0x02, 0x06, 0x00,              // even: a jump at the end, cleaned away
+      0x80, 0x01, 0x00, 0x00,              // a closing colour change takes its thread back
+  };
+  Design design;
+  ASSERT_TRUE(ReadExp(design, AsReaderInput(file)));
+  ASSERT_EQ(design.threads.size(), 3u);
+  EXPECT_EQ(design.threads[0].colorName, "Black");
+  EXPECT_EQ(design.threads[1].colorName, "Blue");
+  EXPECT_EQ(design.threads[2].colorName, "Light Green");
+  EXPECT_TRUE(design.defaultColors);
+  // Positions (8,4) (8,4) (11,5) (11,5) (11,5) (16,10) (15,9): centre (12, 7).
+  const std::vector<Node> expected = {{-4, -3, STITCH_JUMP}, {0, 0, STITCH_COLORSTOP}, {3, 1, STITCH_JUMP},
+                                      {0, 0, STITCH_COLORSTOP}, {0, 0, 0}, {5, 5, 0}, {-1, -1, 0}};
+  EXPECT_EQ(Nodes(design), expected);
+  EXPECT_EQ((std::array{design.minX, design.maxX, design.minY, design.maxY}), (std::array{-4, 4, -3, 3}));
+}
+
+TEST(ExpReader, ShortAndBrokenEnds) {
+  struct Case {
+    const char* what;
+    Bytes file;
+    std::vector<Node> nodes;  // before centring, as the tail cleaning leaves them
+  };
+  const Case cases[] = {
+      {"empty file: only the step back", {}, {{-1, -1, 0}}},
+      {"odd length: the last byte pairs with the added zero", {0x05, 0x05, 0x07}, {{5, 5, 0}, {7, 0, 0}, {-1, -1, 0}}},
+      {"data ends inside a control pair", {0x05, 0x05, 0x80}, {{5, 5, 0}, {-1, -1, 0}}},
+      {"80 80 running past the end", {0x05, 0x05, 0x80, 0x80, 0x01}, {{5, 5, 0}, {-1, -1, 0}}},
+      {"stops and jumps only", {0x80, 0x01, 0x00, 0x00, 0x80, 0x04, 0x09, 0x09}, {{-1, -1, 0}}},
+  };
+  for (const Case& c : cases) {
+    Design design;
+    ASSERT_TRUE(ReadExp(design, AsReaderInput(c.file))) << c.what;
+    EXPECT_EQ(design.threads.size(), 1u) << c.what;
+    // Every node list here centres through a new head jump.
+    std::vector<Node> nodes = Nodes(design);
+    ASSERT_FALSE(nodes.empty()) << c.what;
+    EXPECT_EQ(std::get<2>(nodes.front()), STITCH_JUMP) << c.what;
+    nodes.erase(nodes.begin());
+    EXPECT_EQ(nodes, c.nodes) << c.what;
+  }
+  Design design;
+  EXPECT_FALSE(ReadExp(design, {}));
+}
+
+TEST(ExpRoundTrip, MovesUpTo121ComeBackAndLongerOnesAreSplit) {
+  Design design;
+  design.threads.resize(2);
+  std::vector<Node> nodes = {{0, 0, STITCH_JUMP}, {0, 0, 0}};
+  for (int32_t d = -121; d <= 121; d += 2) nodes.emplace_back(d, 121 - (d < 0 ? -d : d), 0);
+  nodes.emplace_back(0, 0, STITCH_COLORSTOP);
+  nodes.emplace_back(30, -40, STITCH_JUMP);  // short: no satin test applies
+  nodes.emplace_back(0, 0, 0);
+  nodes.emplace_back(122, 0, 0);  // split into two jumps of 61 and a zero stitch
+  nodes.emplace_back(-3, 7, 0);
+  SetNodes(design, nodes);
+  Design original = design;
+
+  Bytes out;
+  ASSERT_EQ(WriteExp(design, out), 0);
+  for (size_t i = 0; i + 1 < out.size(); i += 2) ASSERT_FALSE(out[i] == 0x80 && out[i + 1] == 0x80) << i;
+  Design read;
+  ASSERT_TRUE(ReadExp(read, AsReaderInput(out)));
+  EXPECT_EQ(read.threads.size(), 2u);
+  auto expected = StitchPositions(original);
+  expected.erase(expected.end() - 2);  // the split stitch lands as a jump
+  auto actual = StitchPositions(read);
+  ASSERT_EQ(actual.size(), expected.size() + 1);  // and the reader adds its step back
+  EXPECT_EQ(actual.back().first - actual[actual.size() - 2].first, -1);
+  actual.pop_back();
+  const int32_t shiftX = actual[0].first - expected[0].first, shiftY = actual[0].second - expected[0].second;
+  for (auto& [x, y] : expected) {
+    x += shiftX;
+    y += shiftY;
+  }
+  EXPECT_EQ(actual, expected);
+}
+
+TEST(ExpReader, RealFileLiesWhereTheDstOfTheSameDesignDoes) {
+  const Bytes bytes = test::ReadTestFile("geometric_objects.exp");
+  Design exp;
+  exp.name = "geometric_objects.exp";
+  ASSERT_TRUE(ReadExp(exp, AsReaderInput(bytes)));
+  const char* const names[] = {"Black", "Blue", "Light Green", "Red"};
+  ASSERT_EQ(exp.threads.size(), 4u);
+  for (size_t i = 0; i < 4; ++i) EXPECT_EQ(exp.threads[i].colorName, names[i]) << i;
+  EXPECT_EQ(exp.maxX - exp.minX, 823);
+  EXPECT_EQ(exp.maxY - exp.minY, 848);
+
+  Design dst;
+  ASSERT_TRUE(ReadDst(dst, AsReaderInput(test::ReadTestFile("geometric_objects.dst"))));
+  // The file's jump runs end in a stitch of the same step, which the jump
+  // swallows on reading: its landing is then a jump's end point.
+  const auto expPositions = StitchPositions(exp, true), dstPositions = StitchPositions(dst);
+  const std::set<std::pair<int32_t, int32_t>> expStitches(expPositions.begin(), expPositions.end());
+  ASSERT_GT(dstPositions.size(), 8000u);
+  size_t missing = 0;
+  for (const auto& position : dstPositions) missing += expStitches.count(position) == 0 ? 1 : 0;
+  EXPECT_EQ(missing, 0u);
+
+  // Cut anywhere, the file still reads: every length at first, then a stride
+  // that meets both parities.
+  for (size_t length = 0; length <= bytes.size(); length += length < 2048 ? 1 : 13) {
+    Design cut;
+    ASSERT_TRUE(ReadExp(cut, AsReaderInput(Bytes(bytes.begin(), bytes.begin() + length)))) << length;
+  }
+}
+
+}  // namespace
+}  // namespace fennick
