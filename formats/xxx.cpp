@@ -31,24 +31,6 @@ constexpr std::array<uint8_t, 96> kTrailerTemplate{
     0xa4, 0xb0, 0x00, 0xe8, 0x74, 0x50, 0x00, 0xb8, 0x28, 0xb8, 0x00, 0xd0, 0xbc, 0x70, 0x00, 0xb8,
     0xd8, 0x28, 0x00, 0x70, 0x44, 0xd0, 0x00, 0x83, 0x83, 0x83, 0x00, 0xff, 0xff, 0xff, 0x00, 0x01};
 
-// The first chart row strictly closer than any before it by the sum of channel
-// differences; an exact match ends the search.
-ThreadColor NearestReferenceThread(uint8_t r, uint8_t g, uint8_t b) {
-  const ThreadChart chart = ReferenceChart();
-  const ThreadColor* best = nullptr;
-  int bestDistance = 1000;
-  for (const ThreadColor& row : chart) {
-    const int distance = std::abs(static_cast<int>(row.rgb & 0xFF) - r) +
-                         std::abs(static_cast<int>((row.rgb >> 8) & 0xFF) - g) +
-                         std::abs(static_cast<int>((row.rgb >> 16) & 0xFF) - b);
-    if (distance < bestDistance) {
-      bestDistance = distance;
-      best = &row;
-      if (distance == 0) break;
-    }
-  }
-  return best != nullptr ? *best : ThreadColor{};
-}
 
 // Which colour slot a change selects: the change's own number up to 14, then
 // a cycle of eight unless the code names a slot itself.
@@ -79,7 +61,8 @@ bool ReadXxx(Design& design, std::span<const uint8_t> bytes) {
       g = entry.U8();
       b = entry.U8();
     }
-    colors[i] = NearestReferenceThread(r, g, b);
+    const ThreadColor* row = NearestChartRow(ReferenceChart(), ColorRef(r, g, b));
+    colors[i] = row != nullptr ? *row : ThreadColor{};
   }
   design.threads.push_back(colors[0]);
   design.threads.back().stitchCount = 1;

@@ -139,24 +139,6 @@ ThreadColor PecColor(int index) {
   return thread;
 }
 
-// The first row by the sum of channel differences, strictly nearer from a
-// start of 1000; an exact colour ends the walk.
-const ThreadColor* NearestReferenceRow(uint32_t rgb) {
-  const Channels target = Split(rgb);
-  const ThreadColor* best = nullptr;
-  int bestDistance = 1000;
-  for (const ThreadColor& row : ReferenceChart()) {
-    const Channels c = Split(row.rgb);
-    const int distance = std::abs(target.r - c.r) + std::abs(target.g - c.g) + std::abs(target.b - c.b);
-    if (distance < bestDistance) {
-      bestDistance = distance;
-      best = &row;
-      if (distance == 0) break;
-    }
-  }
-  return best;
-}
-
 void ConvertThread(ThreadColor& thread, ColorTable table) {
   const Channels c = Split(thread.rgb);
   switch (table) {
@@ -184,7 +166,7 @@ void ConvertThread(ThreadColor& thread, ColorTable table) {
       break;
     }
     case ColorTable::kReference:
-      if (const ThreadColor* row = NearestReferenceRow(thread.rgb)) thread = *row;
+      if (const ThreadColor* row = NearestChartRow(ReferenceChart(), thread.rgb)) thread = *row;
       break;
     case ColorTable::kNone:
       break;

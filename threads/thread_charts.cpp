@@ -347,14 +347,12 @@ ThreadChart ChartByName(std::string_view name) {
 
 ThreadChart ReferenceChart() { return ChartById(kSulkyRayonShort); }
 
-const std::string& NearestChartName(uint32_t rgb, int number, uint32_t* nearestRgb) {
-  const ThreadChart chart = ChartByNumber(number);
+const ThreadColor* NearestChartRow(ThreadChart chart, uint32_t rgb) {
   const int r = static_cast<int>(rgb & 0xFF);
   const int g = static_cast<int>((rgb >> 8) & 0xFF);
   const int b = static_cast<int>((rgb >> 16) & 0xFF);
-  // Every chart has rows, and any distance is below the start, so row 0 is always a candidate.
-  const ThreadColor* best = &chart.front();
-  int bestDistance = 10000;
+  const ThreadColor* best = nullptr;
+  int bestDistance = 10000;  // above any sum of differences, so row 0 is always a candidate
   for (const ThreadColor& row : chart) {
     const int distance = std::abs(r - static_cast<int>(row.rgb & 0xFF)) +
                          std::abs(g - static_cast<int>((row.rgb >> 8) & 0xFF)) +
@@ -365,6 +363,12 @@ const std::string& NearestChartName(uint32_t rgb, int number, uint32_t* nearestR
       if (distance == 0) break;
     }
   }
+  return best;
+}
+
+const std::string& NearestChartName(uint32_t rgb, int number, uint32_t* nearestRgb) {
+  // Every display chart has rows.
+  const ThreadColor* best = NearestChartRow(ChartByNumber(number), rgb);
   if (nearestRgb != nullptr) *nearestRgb = best->rgb;
   return best->colorName;
 }

@@ -29,6 +29,10 @@ ThreadChart ChartByName(std::string_view name);
 // The short Sulky Rayon chart that XXX colours are matched against.
 ThreadChart ReferenceChart();
 
+// The first row nearest to `rgb` by the sum of channel differences, an exact
+// match ending the walk; nullptr only for an empty chart.
+const ThreadColor* NearestChartRow(ThreadChart chart, uint32_t rgb);
+
 // The `colorName` of the display chart row nearest to `rgb` by the sum of
 // channel differences; `nearestRgb`, when given, takes that row's colour.
 const std::string& NearestChartName(uint32_t rgb, int number, uint32_t* nearestRgb = nullptr);
