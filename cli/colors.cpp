@@ -1,6 +1,5 @@
 #include <cstdio>
 #include <iostream>
-#include <sstream>
 
 #include "cli/commands.h"
 #include "core/embroidery_file.h"
@@ -32,24 +31,6 @@ std::vector<ColorChart> GroupCharts(const Design& design) {
   return charts;
 }
 
-std::string JsonText(const std::string& text) {
-  std::ostringstream out;
-  out << '"';
-  for (const char c : text) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (c == '"' || c == '\\') {
-      out << '\\' << c;
-    } else if (byte < 0x20) {
-      static const char* const kHex = "0123456789abcdef";
-      out << "\\u00" << kHex[byte >> 4] << kHex[byte & 15];
-    } else {
-      out << c;
-    }
-  }
-  out << '"';
-  return out.str();
-}
-
 void PrintText(const std::vector<ColorChart>& charts) {
   for (const ColorChart& chart : charts) {
     const bool titled = !chart.title.empty();
@@ -64,15 +45,15 @@ void PrintText(const std::vector<ColorChart>& charts) {
 }
 
 void PrintJson(const std::string& extension, const std::vector<ColorChart>& charts) {
-  std::cout << "{\"format\":" << JsonText(extension) << ",\"charts\":[";
+  std::cout << "{\"format\":" << JsonString(extension) << ",\"charts\":[";
   for (size_t c = 0; c < charts.size(); ++c) {
     const ColorChart& chart = charts[c];
-    std::cout << (c > 0 ? "," : "") << "{\"title\":" << (chart.title.empty() ? "null" : JsonText(chart.title))
+    std::cout << (c > 0 ? "," : "") << "{\"title\":" << (chart.title.empty() ? "null" : JsonString(chart.title))
               << ",\"colors\":[";
     for (size_t i = 0; i < chart.colors.size(); ++i) {
       const ThreadColor& color = *chart.colors[i];
-      std::cout << (i > 0 ? "," : "") << "{\"index\":" << i + 1 << ",\"rgb\":" << JsonText(HexColor(color.rgb))
-                << ",\"name\":" << JsonText(color.colorName) << ",\"chart_index\":" << color.chartIndex << "}";
+      std::cout << (i > 0 ? "," : "") << "{\"index\":" << i + 1 << ",\"rgb\":" << JsonString(HexColor(color.rgb))
+                << ",\"name\":" << JsonString(color.colorName) << ",\"chart_index\":" << color.chartIndex << "}";
     }
     std::cout << "]}";
   }

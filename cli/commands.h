@@ -39,6 +39,8 @@ bool SavePicture(Design& design, BitmapOptions options, const std::string& path)
 void ReportError(const std::string& subject, const std::string& cause);
 // The lower-case extension of a path.
 std::string LowerExtension(const std::string& path);
+// A JSON string literal of `text`, quotes included.
+std::string JsonString(const std::string& text);
 // "#rrggbb" of a 0x00BBGGRR colour.
 std::string HexColor(uint32_t rgb);
 

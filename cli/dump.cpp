@@ -4,28 +4,6 @@
 #include "cli/commands.h"
 
 namespace fennick::cli {
-namespace {
-
-std::string JsonString(const std::string& text) {
-  std::ostringstream out;
-  out << '"';
-  for (const char c : text) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (c == '"' || c == '\\') {
-      out << '\\' << c;
-    } else if (byte < 0x20) {
-      static const char* const kHex = "0123456789abcdef";
-      out << "\\u00" << kHex[byte >> 4] << kHex[byte & 15];
-    } else {
-      out << c;
-    }
-  }
-  out << '"';
-  return out.str();
-}
-
-}  // namespace
-
 int RunDump(const Arguments& arguments) {
   if (arguments.size() != 1) {
     ReportError("dump", "name exactly one design file");
