@@ -321,58 +321,12 @@ void RenderPecThumbnails(Design& design, std::span<uint8_t> area) {
   if (area.size() < kPecThumbnailSize) return;
   const std::vector<ThreadColor>& threads = design.threads;
   const size_t colors = std::min(threads.size(), area.size() / kPecThumbnailSize - 1);
-  // One walk feeds every colour's canvas. Each canvas keeps its own pen and
-  // follows the renderer's rules for the colour it shows, so its pixels are
-  // those of the renderer drawing that colour alone.
   std::vector<StitchBitmap> canvases(colors);
-  for (size_t i = 0; i < colors; ++i) {
-    StitchBitmap& canvas = canvases[i];
+  for (StitchBitmap& canvas : canvases) {
     if (canvas.Create(kThumbnailWidth * kCanvasScale, kThumbnailHeight * kCanvasScale) != 0 || !canvas.valid) return;
     canvas.background = kCanvasBackground;
-    canvas.thick = false;
-    canvas.Clear(canvas.background);
-    canvas.SetWorld(static_cast<float>(design.minX * 0.1), static_cast<float>(design.maxY * 0.1),
-                    static_cast<float>(design.maxX * 0.1), static_cast<float>(design.minY * 0.1));
-    canvas.dashIndex = 1;
-    canvas.MoveTo(0, 0);
-    canvas.SetColor(threads[i].rgb);
   }
-  if (colors > 0) {
-    const StitchBitmap& geometry = canvases[0];  // all canvases map alike
-    const int32_t width = geometry.width, height = geometry.height;
-    auto outside = [](int32_t value, int32_t size) { return value < 0 || value >= size; };
-    size_t block = 0;
-    uint32_t x = 0, y = 0;  // positions wrap at 32 bits, as the renderer's do
-    for (StitchNode& node : design.stitches) {
-      x += static_cast<uint32_t>(node.dx);
-      y += static_cast<uint32_t>(node.dy);
-      if (node.IsColorStop() && block + 1 < threads.size()) ++block;
-      const PixelPoint point = geometry.WorldToPixel(static_cast<int32_t>(x), static_cast<int32_t>(0u - y));
-      // The renderer's cheap test, per canvas: only a point left or right of
-      // the canvas can move the pen of a colour that isn't sewing.
-      if (outside(point.x, width)) {
-        for (size_t i = 0; i < colors; ++i) {
-          StitchBitmap& canvas = canvases[i];
-          if (i != block && outside(canvas.penX, width) && outside(canvas.penY, height)) {
-            canvas.MoveTo(point.x, point.y);
-          }
-        }
-      }
-      node.flags &= ~STITCH_DRAWN;
-      if (block >= colors) continue;
-      StitchBitmap& canvas = canvases[block];
-      if (outside(point.x, width) && outside(canvas.penX, width) && outside(canvas.penY, height)) {
-        canvas.MoveTo(point.x, point.y);
-        continue;
-      }
-      if (node.IsJump()) {
-        canvas.MoveTo(point.x, point.y);
-      } else {
-        node.flags |= STITCH_DRAWN;
-        canvas.LineFlat(point.x, point.y);
-      }
-    }
-  }
+  RenderBlocksApart(design, canvases, true);
   for (size_t i = 0; i < colors; ++i) {
     std::span<uint8_t> out = area.subspan((i + 1) * kPecThumbnailSize, kPecThumbnailSize);
     std::fill(out.begin(), out.end(), uint8_t{0});

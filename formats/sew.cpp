@@ -44,25 +44,31 @@ constexpr uint32_t kUndrawn = 0xFF000000;
 
 size_t RowBytes(int32_t width) { return static_cast<size_t>(width + 7) / 8; }
 
-// Renders colour `color` alone at the given size and returns it as a picture
-// block. Thin, flat lines without jumps; rows from the top of the design down.
-std::vector<uint8_t> DrawPicture(DesignRenderer& renderer, int color, int32_t width, int32_t height) {
+// Every colour alone at the given size, in one walk, as picture blocks: thin
+// flat lines without jumps, rows from the top of the design down.
+std::vector<std::vector<uint8_t>> DrawPictures(Design& design, size_t colors, int32_t width, int32_t height) {
   const size_t rowBytes = RowBytes(width);
-  std::vector<uint8_t> block(2 + rowBytes * static_cast<size_t>(height), 0);
-  block[0] = static_cast<uint8_t>(rowBytes);
-  block[1] = static_cast<uint8_t>(height);
-  if (renderer.bitmap.Create(width, height) != 0) return block;
-  renderer.bitmap.background = kUndrawn;
-  renderer.Render(color);
-  const std::vector<uint32_t>& pixels = renderer.bitmap.pixels;
-  for (int32_t y = 0; y < height; ++y) {
-    for (int32_t x = 0; x < width; ++x) {
-      if (pixels[static_cast<size_t>(y * width + x)] == kUndrawn) continue;
-      block[2 + static_cast<size_t>(y) * rowBytes + static_cast<size_t>(x / 8)] |=
-          static_cast<uint8_t>(0x80 >> (x % 8));
+  std::vector<uint8_t> empty(2 + rowBytes * static_cast<size_t>(height), 0);
+  empty[0] = static_cast<uint8_t>(rowBytes);
+  empty[1] = static_cast<uint8_t>(height);
+  std::vector<std::vector<uint8_t>> blocks(colors, empty);
+  std::vector<StitchBitmap> canvases(colors);
+  for (StitchBitmap& canvas : canvases) {
+    if (canvas.Create(width, height) != 0) return blocks;
+    canvas.background = kUndrawn;
+  }
+  RenderBlocksApart(design, canvases, true);
+  for (size_t i = 0; i < colors; ++i) {
+    const std::vector<uint32_t>& pixels = canvases[i].pixels;
+    for (int32_t y = 0; y < height; ++y) {
+      for (int32_t x = 0; x < width; ++x) {
+        if (pixels[static_cast<size_t>(y * width + x)] == kUndrawn) continue;
+        blocks[i][2 + static_cast<size_t>(y) * rowBytes + static_cast<size_t>(x / 8)] |=
+            static_cast<uint8_t>(0x80 >> (x % 8));
+      }
     }
   }
-  return block;
+  return blocks;
 }
 
 void OrInto(std::vector<uint8_t>& out, size_t offset, std::span<const uint8_t> bits) {
@@ -74,8 +80,7 @@ void OrInto(std::vector<uint8_t>& out, size_t offset, std::span<const uint8_t> b
 // neighbours are all set are cleared. Deliberately kept: the clearing
 // addresses bits from the low end of the byte, and only rows 1 to 77 are
 // looked at.
-std::vector<uint8_t> DrawOutline(DesignRenderer& renderer, int color) {
-  const std::vector<uint8_t> drawn = DrawPicture(renderer, color, kOutlineWidth, kOutlineHeight);
+std::vector<uint8_t> Outline(const std::vector<uint8_t>& drawn) {
   std::vector<uint8_t> outline = drawn;
   const size_t rowBytes = RowBytes(kOutlineWidth);
   auto set = [&](int32_t x, int32_t y) {
@@ -225,20 +230,18 @@ int WriteSew(Design& design, std::vector<uint8_t>& out) {
 
   // The pictures use the bounds of the centring above, as the move to the
   // machine's start point is not part of them.
-  DesignRenderer renderer;
-  renderer.design = &design;
-  renderer.thick = false;
-  renderer.flipY = true;
+  const auto small = DrawPictures(design, threadCount, kSmall.width, kSmall.height);
+  const auto large = DrawPictures(design, threadCount, kLarge.width, kLarge.height);
+  const auto whole = DrawPictures(design, threadCount, kWhole.width, kWhole.height);
   for (size_t i = 0; i < threadCount; ++i) {
-    const int c = static_cast<int>(i);
     if (counts[i] != 0) {
-      OrInto(out, kSmall.offset + kSmall.step * i, DrawPicture(renderer, c, kSmall.width, kSmall.height));
-      OrInto(out, kLarge.offset + kLarge.step * i, DrawPicture(renderer, c, kLarge.width, kLarge.height));
-      OrInto(out, kWhole.offset, DrawPicture(renderer, c, kWhole.width, kWhole.height));
+      OrInto(out, kSmall.offset + kSmall.step * i, small[i]);
+      OrInto(out, kLarge.offset + kLarge.step * i, large[i]);
+      OrInto(out, kWhole.offset, whole[i]);
     }
   }
-  for (size_t i = 0; i < threadCount; ++i) {
-    const std::vector<uint8_t> outline = DrawOutline(renderer, static_cast<int>(i));
+  for (const std::vector<uint8_t>& drawn : DrawPictures(design, threadCount, kOutlineWidth, kOutlineHeight)) {
+    const std::vector<uint8_t> outline = Outline(drawn);
     OrInto(out, kOutlineOffset, std::span<const uint8_t>(outline).first(kOutlineBytes));
   }
   // Rendering marks the nodes it drew; the design keeps only its own flags.

@@ -356,23 +356,5 @@ TEST(PesLabels, NumberOverLogoOrAppliquePicture) {
   EXPECT_NE(DrawPesLabel(thread), material);
 }
 
-TEST(PecThumbnails, OneWalkDrawsWhatEachColourDrawsAlone) {
-  for (const char* name : {"star.pes", "geometric_objects.pec"}) {
-    SCOPED_TRACE(name);
-    Design design;
-    ASSERT_TRUE(ReadPesFile(design, AsReaderInput(test::ReadTestFile(name))));
-    const size_t colors = design.threads.size();
-    Bytes oneWalk((colors + 1) * kPecThumbnailSize, 0x55);
-    RenderPecThumbnails(design, oneWalk);
-    Bytes alone((colors + 1) * kPecThumbnailSize, 0);
-    for (size_t i = 0; i < colors; ++i) {
-      RenderPecThumbnail(design, static_cast<int>(i),
-                         std::span<uint8_t>(alone).subspan((i + 1) * kPecThumbnailSize, kPecThumbnailSize));
-    }
-    RenderPecThumbnail(design, -1, alone);
-    EXPECT_EQ(oneWalk, alone);
-  }
-}
-
 }  // namespace
 }  // namespace fennick

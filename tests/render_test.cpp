@@ -316,6 +316,38 @@ TEST(DesignRenderer, RealDesignStaysInsideItsBox) {
   }
 }
 
+TEST(DesignRenderer, BlocksApartInOneWalkEqualEachBlockAlone) {
+  Design real;
+  ASSERT_TRUE(ReadDst(real, test::AsReaderInput(test::ReadTestFile("geometric_objects.dst"))));
+  // Zoomed in four times on 20 by 20, the second colour's stitch runs from
+  // (-30, -30) to (50, 46) across the bitmap, and the clip test skips it.
+  Design crossing;
+  crossing.threads.resize(2);
+  crossing.minX = crossing.minY = -100;
+  crossing.maxX = crossing.maxY = 100;
+  test::SetNodes(crossing, {{-100, -100, STITCH_JUMP}, {0, 0, STITCH_COLORSTOP}, {200, 190, 0}, {-50, 0, 0}});
+  const std::tuple<Design*, int, int, float, bool> cases[] = {
+      {&real, 120, 80, 1.0f, true}, {&real, 24, 22, 3.0f, false}, {&crossing, 20, 20, 4.0f, false}};
+  for (const auto& [design, width, height, zoom, flipY] : cases) {
+    std::vector<StitchBitmap> canvases(design->threads.size());
+    for (StitchBitmap& canvas : canvases) {
+      ASSERT_EQ(canvas.Create(width, height), 0);
+      canvas.SetZoom(zoom);
+    }
+    RenderBlocksApart(*design, canvases, flipY);
+    DesignRenderer alone;
+    ASSERT_EQ(alone.bitmap.Create(width, height), 0);
+    alone.bitmap.SetZoom(zoom);
+    alone.design = design;
+    alone.thick = false;
+    alone.flipY = flipY;
+    for (size_t i = 0; i < canvases.size(); ++i) {
+      alone.Render(static_cast<int>(i));
+      EXPECT_EQ(canvases[i].pixels, alone.bitmap.pixels) << width << " colour " << i;
+    }
+  }
+}
+
 TEST(DesignRenderer, DegenerateDesignsDoNotCrash) {
   Design design;  // zero extent and no threads, then moves that wrap around
   test::SetNodes(design, {{0, 0, 0}, {0, 0, STITCH_JUMP}, {0, 0, 0}});

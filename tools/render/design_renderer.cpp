@@ -108,4 +108,45 @@ void DesignRenderer::RenderOutline() {
   }
 }
 
+void RenderBlocksApart(Design& design, std::span<StitchBitmap> canvases, bool flipY) {
+  const std::vector<ThreadColor>& threads = design.threads;
+  for (size_t i = 0; i < canvases.size(); ++i) {
+    StitchBitmap& canvas = canvases[i];
+    canvas.thick = false;
+    canvas.Clear(canvas.background);
+    canvas.SetWorld(static_cast<float>(design.minX * 0.1), static_cast<float>(design.maxY * 0.1),
+                    static_cast<float>(design.maxX * 0.1), static_cast<float>(design.minY * 0.1));
+    canvas.dashIndex = 1;
+    canvas.MoveTo(0, 0);
+    if (i < threads.size()) canvas.SetColor(threads[i].rgb);
+  }
+  if (canvases.empty()) return;
+  const StitchBitmap& geometry = canvases[0];  // all canvases map alike
+  const int32_t width = geometry.width, height = geometry.height;
+  auto outside = [](int32_t value, int32_t size) { return value < 0 || value >= size; };
+  size_t block = 0;
+  int32_t x = 0, y = 0;
+  for (StitchNode& node : design.stitches) {
+    x = WrappingAdd(x, node.dx);
+    y = WrappingAdd(y, node.dy);
+    if (node.IsColorStop() && block + 1 < threads.size()) ++block;
+    const PixelPoint point = geometry.WorldToPixel(x, flipY ? WrappingNegate(y) : y);
+    node.flags &= ~STITCH_DRAWN;
+    if (block >= canvases.size()) continue;
+    StitchBitmap& canvas = canvases[block];
+    // Render's cheap clip test. Only the sewing colour's pen can be off the
+    // bitmap: the others still wait in the corner, or are done.
+    if (outside(point.x, width) && outside(canvas.penX, width) && outside(canvas.penY, height)) {
+      canvas.MoveTo(point.x, point.y);
+      continue;
+    }
+    if (node.IsJump()) {
+      canvas.MoveTo(point.x, point.y);
+    } else {
+      node.flags |= STITCH_DRAWN;
+      canvas.LineFlat(point.x, point.y);
+    }
+  }
+}
+
 }  // namespace fennick

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 
 #include "core/design.h"
 #include "tools/render/stitch_bitmap.h"
@@ -29,5 +30,12 @@ struct DesignRenderer {
   // off for good, and draws thick only on bitmaps 250 pixels wide or more.
   void RenderOutline();
 };
+
+// Draws colour block i of the design into canvas i, all in one walk: each
+// canvas ends up as `Render(i)` with thin flat lines, no jumps and no markers
+// would leave it, each keeping its own pen. The canvases must be created at
+// one size; they are cleared to their backgrounds and fitted here. Nodes are
+// marked STITCH_DRAWN when their own colour's canvas drew them.
+void RenderBlocksApart(Design& design, std::span<StitchBitmap> canvases, bool flipY);
 
 }  // namespace fennick
