@@ -112,6 +112,9 @@ class ByteWriter {
   void Fill(uint8_t value, size_t count) { out_.insert(out_.end(), count, value); }
 
   // Overwrites bytes written earlier; the caller keeps the offset in range.
+  void PatchU16LE(size_t offset, uint16_t value) {
+    for (size_t i = 0; i < 2; ++i) out_.at(offset + i) = static_cast<uint8_t>(value >> (8 * i));
+  }
   void PatchU32LE(size_t offset, uint32_t value) {
     for (size_t i = 0; i < 4; ++i) out_.at(offset + i) = static_cast<uint8_t>(value >> (8 * i));
   }

@@ -114,19 +114,15 @@ bool ReadXxx(Design& design, std::span<const uint8_t> bytes) {
 }
 
 int WriteXxx(Design& design, std::vector<uint8_t>& out) {
-  out.clear();
   out.reserve(kHeaderSize + 5 * design.stitches.Size() + kTrailerTemplate.size());
   ByteWriter writer(out);
-  // Header fields keep the low 16 bits of each value; the rest is zero.
-  writer.Fill(0, 23);
-  writer.U16LE(static_cast<uint16_t>(design.stitches.Size()));
-  writer.Fill(0, 14);
-  writer.U16LE(static_cast<uint16_t>(design.threads.size()));
-  writer.Fill(0, 4);
-  writer.U16LE(static_cast<uint16_t>(std::llabs(design.minX) + design.maxX));
-  writer.U16LE(static_cast<uint16_t>(std::llabs(design.minY) + design.maxY));
-  writer.Fill(0, kTrailerOffsetField - writer.Size());
-  writer.U32LE(0);  // the trailer's offset, known once the stream is written
+  // Header fields keep the low 16 bits of each value; the rest is zero, the
+  // trailer's offset too until the stream is written.
+  out.assign(kHeaderSize, 0);
+  writer.PatchU16LE(23, static_cast<uint16_t>(design.stitches.Size()));
+  writer.PatchU16LE(39, static_cast<uint16_t>(design.threads.size()));
+  writer.PatchU16LE(45, static_cast<uint16_t>(std::llabs(design.minX) + design.maxX));
+  writer.PatchU16LE(47, static_cast<uint16_t>(std::llabs(design.minY) + design.maxY));
 
   for (StitchNode& node : design.stitches) {
     const int64_t adx = std::llabs(node.dx), ady = std::llabs(node.dy);
