@@ -102,6 +102,21 @@ TEST(FitDesignToHoop, TurnsShrinksOrRefuses) {
   }
 }
 
+TEST(FitDesignToHoop, CentresAFittingDesignAndLeavesARefusedOneAlone) {
+  Design design;
+  SetNodes(design, {{10, 0, 0}, {0, 4, 0}});
+  // Stands at x 10, y 0 to 4: a jump to (-10, -2) goes in front.
+  ASSERT_EQ(FitDesignToHoop(design, Hoop(1, 1, 0, 0, 0, 0)), 0);
+  EXPECT_EQ(Nodes(design), (std::vector<Node>{{-10, -2, STITCH_JUMP}, {10, 0, 0}, {0, 4, 0}}));
+  EXPECT_EQ(design.minY, -2);
+
+  SetNodes(design, {{0, 0, 0}, {30, 0, 0}});
+  design.maxX = 7;
+  ASSERT_EQ(FitDesignToHoop(design, Hoop(1, 1, 1, 1, 1, 10)), 1);
+  EXPECT_EQ(Nodes(design), (std::vector<Node>{{0, 0, 0}, {30, 0, 0}}));
+  EXPECT_EQ(design.maxX, 7);
+}
+
 TEST(FitDesignToHoop, ShrinkCarriesTheErrorAndNarrowsTo16Bits) {
   // Both shrink by a quarter: f = 0.75 is exact in single precision.
   struct Case {

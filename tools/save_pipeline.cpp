@@ -101,12 +101,30 @@ int SaveNotes(const Design& design, DesignPath path, std::vector<DesignPath>* ou
 }  // namespace
 
 int FitDesignToHoop(Design& design, const ConversionSettings& settings) {
+  const int64_t hoopWidthUnits = int64_t{settings.hoopWidth} * 10;  // stitch units
+  const int64_t hoopHeightUnits = int64_t{settings.hoopHeight} * 10;
+  if (!design.stitches.Empty()) {
+    // A design that fits as it stands is neither turned nor shrunk: centring
+    // it in place gives what the working copy would, without the copy.
+    const int32_t minX = design.minX, maxX = design.maxX, minY = design.minY, maxY = design.maxY;
+    design.ComputeBounds();
+    if (int64_t{design.maxX} - design.minX <= hoopWidthUnits &&
+        int64_t{design.maxY} - design.minY <= hoopHeightUnits) {
+      design.Centre();
+      return 0;
+    }
+    design.minX = minX;
+    design.maxX = maxX;
+    design.minY = minY;
+    design.maxY = maxY;
+  }
+
   Design working(design);
   working.Centre();
   int64_t width = int64_t{working.maxX} - working.minX;
   int64_t height = int64_t{working.maxY} - working.minY;
-  int64_t hoopWidth = int64_t{settings.hoopWidth} * 10;  // stitch units
-  int64_t hoopHeight = int64_t{settings.hoopHeight} * 10;
+  int64_t hoopWidth = hoopWidthUnits;  // turned with the hoop
+  int64_t hoopHeight = hoopHeightUnits;
   const bool hasHoop = settings.hoopWidth != 0 && settings.hoopHeight != 0;
 
   if (hasHoop) {
@@ -191,23 +209,36 @@ Design SplitDesign(Design& design, int32_t stitchLimit, int32_t colorLimit) {
                         std::make_move_iterator(design.threads.end()));
   design.threads.resize(firstMoved);
 
-  result.stitches.Reserve(design.stitches.Size() - static_cast<size_t>(kept));
+  // The smaller side is copied, so that cutting many pieces off a large design
+  // does not relink every later node at each cut.
+  const size_t keptNodes = static_cast<size_t>(kept);
+  const size_t movedNodes = design.stitches.Size() - keptNodes;
+  if (keptNodes < movedNodes) {
+    result.stitches = std::move(design.stitches);
+    design.stitches.Reserve(keptNodes);
+    for (StitchNode* head = result.stitches.Head(); head != node; head = result.stitches.Remove(head)) {
+      design.stitches.PushBack(head->dx, head->dy, head->flags);
+    }
+  } else {
+    result.stitches.Reserve(movedNodes);
+    for (StitchNode* moved = node; moved != nullptr; moved = design.stitches.Remove(moved)) {
+      result.stitches.PushBack(moved->dx, moved->dy, moved->flags);
+    }
+  }
   // The first moved node leads from the origin to where it stands.
-  x += node->dx;
-  y += node->dy;
-  result.stitches.PushBack(Wrap32(x), Wrap32(y), (node->flags & ~STITCH_COLORSTOP) | STITCH_JUMP);
-  auto widen = [&result](int64_t px, int64_t py) {
-    result.minX = Wrap32(std::min<int64_t>(result.minX, px));
-    result.maxX = Wrap32(std::max<int64_t>(result.maxX, px));
-    result.minY = Wrap32(std::min<int64_t>(result.minY, py));
-    result.maxY = Wrap32(std::max<int64_t>(result.maxY, py));
-  };
-  widen(x, y);
-  for (node = design.stitches.Remove(node); node != nullptr; node = design.stitches.Remove(node)) {
-    x += node->dx;
-    y += node->dy;
-    result.stitches.PushBack(node->dx, node->dy, node->flags);
-    widen(x, y);
+  StitchNode* first = result.stitches.Head();
+  first->dx = Wrap32(x + first->dx);
+  first->dy = Wrap32(y + first->dy);
+  first->flags = (first->flags & ~STITCH_COLORSTOP) | STITCH_JUMP;
+  x = 0;
+  y = 0;
+  for (const StitchNode& moved : result.stitches) {
+    x += moved.dx;
+    y += moved.dy;
+    result.minX = Wrap32(std::min<int64_t>(result.minX, x));
+    result.maxX = Wrap32(std::max<int64_t>(result.maxX, x));
+    result.minY = Wrap32(std::min<int64_t>(result.minY, y));
+    result.maxY = Wrap32(std::max<int64_t>(result.maxY, y));
   }
   return result;
 }
