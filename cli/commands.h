@@ -21,6 +21,8 @@ struct Command {
 int RunInfo(const Arguments& arguments);
 int RunDump(const Arguments& arguments);
 int RunConvert(const Arguments& arguments);
+int RunFormats(const Arguments& arguments);
+int RunSettings(const Arguments& arguments);
 int RunDemo(const Arguments& arguments);
 int RunNotes(const Arguments& arguments);
 int RunRender(const Arguments& arguments);

@@ -1,17 +1,62 @@
+#include <charconv>
+#include <iostream>
+
 #include "cli/commands.h"
 #include "core/design_path.h"
 #include "core/format_table.h"
 #include "core/preferences.h"
 #include "core/text.h"
+#include "tools/save_pipeline.h"
 
 namespace fennick::cli {
+namespace {
 
-int RunConvert(const Arguments& arguments) {
-  std::vector<std::string> names;
-  int pes5 = -1;  // -1: as stored
-  for (const std::string& argument : arguments) {
+// What the command line changes in the stored conversion settings; -1 keeps them.
+struct Overrides {
+  int32_t hoopWidth = -1, hoopHeight = -1;  // millimetres
+  int32_t rotate = -1;
+  int32_t shrink = -1;
+  int32_t stitchLimit = -1;  // 0: no split by stitches
+  int32_t colorLimit = -1;   // 0: no split by colours
+  int32_t pes5 = -1;
+};
+
+bool ParseCount(const std::string& text, int32_t& value) {
+  const char* end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, value);
+  return error == std::errc() && stop == end && value >= 0;
+}
+
+// "WIDTHxHEIGHT" in millimetres, both above 0.
+bool ParseHoop(const std::string& text, int32_t& width, int32_t& height) {
+  const size_t cross = text.find_first_of("xX");
+  return cross != std::string::npos && ParseCount(text.substr(0, cross), width) &&
+         ParseCount(text.substr(cross + 1), height) && width > 0 && height > 0;
+}
+
+// Returns 0, or the exit status of a bad argument after its one line.
+int ParseArguments(const Arguments& arguments, std::vector<std::string>& names, Overrides& overrides) {
+  for (size_t i = 0; i < arguments.size(); ++i) {
+    const std::string& argument = arguments[i];
+    const bool hasValue = i + 1 < arguments.size();
     if (argument == "--pes5" || argument == "--no-pes5") {
-      pes5 = argument == "--pes5" ? 1 : 0;
+      overrides.pes5 = argument == "--pes5" ? 1 : 0;
+    } else if (argument == "--rotate" || argument == "--no-rotate") {
+      overrides.rotate = argument == "--rotate" ? 1 : 0;
+    } else if (argument == "--hoop" && hasValue) {
+      if (!ParseHoop(arguments[++i], overrides.hoopWidth, overrides.hoopHeight)) {
+        ReportError("convert", "--hoop takes WIDTHxHEIGHT in millimetres, not \"" + arguments[i] + "\"");
+        return 2;
+      }
+    } else if ((argument == "--shrink" || argument == "--split-stitches" || argument == "--split-colors") &&
+               hasValue) {
+      int32_t& target = argument == "--shrink"           ? overrides.shrink
+                        : argument == "--split-stitches" ? overrides.stitchLimit
+                                                         : overrides.colorLimit;
+      if (!ParseCount(arguments[++i], target)) {
+        ReportError("convert", argument + " takes a whole number of 0 or more, not \"" + arguments[i] + "\"");
+        return 2;
+      }
     } else if (argument.rfind("--", 0) == 0) {
       ReportError("convert", "unknown argument \"" + argument + "\"");
       return 2;
@@ -23,11 +68,53 @@ int RunConvert(const Arguments& arguments) {
     ReportError("convert", "name the design to read and the file to write");
     return 2;
   }
+  return 0;
+}
+
+void Apply(const Overrides& overrides, ConversionSettings& settings) {
+  if (overrides.hoopWidth > 0) {
+    settings.hoopWidth = overrides.hoopWidth;
+    settings.hoopHeight = overrides.hoopHeight;
+  }
+  if (overrides.rotate != -1) settings.rotate = overrides.rotate;
+  if (overrides.shrink != -1) settings.shrink = overrides.shrink;
+  if (overrides.stitchLimit != -1) {
+    settings.splitStitches = overrides.stitchLimit != 0 ? 1 : 0;
+    if (overrides.stitchLimit != 0) settings.stitchLimit = overrides.stitchLimit;
+  }
+  if (overrides.colorLimit != -1) {
+    settings.splitColors = overrides.colorLimit != 0 ? 1 : 0;
+    if (overrides.colorLimit != 0) settings.colorLimit = overrides.colorLimit;
+  }
+  if (overrides.pes5 != -1) settings.pes5 = overrides.pes5;
+}
+
+// The format the pipeline writes for a target extension: the card formats go
+// out as PES and SHV as VIP. kFormatUnknown when nothing can be written.
+FormatCode SavedFormat(FormatCode target) {
+  switch (target) {
+    case kFormatPec:
+    case kFormatPhc:
+    case kFormatPhb:
+    case kFormatPhd: target = kFormatPes; break;
+    case kFormatShv: target = kFormatVip; break;
+    case kFormatTxt: return kFormatTxt;
+    default: break;
+  }
+  const FormatEntry* format = FindFormat(target);
+  return format != nullptr && format->write != nullptr ? target : kFormatUnknown;
+}
+
+}  // namespace
+
+int RunConvert(const Arguments& arguments) {
+  std::vector<std::string> names;
+  Overrides overrides;
+  if (const int status = ParseArguments(arguments, names, overrides); status != 0) return status;
   const std::string& input = names[0];
   const std::string& output = names[1];
-  const FormatCode target = FormatFromExtension(LowerExtension(output));
-  const FormatEntry* format = FindFormat(target);
-  if (format == nullptr || format->write == nullptr) {
+  const FormatCode format = SavedFormat(FormatFromExtension(LowerExtension(output)));
+  if (format == kFormatUnknown) {
     ReportError(output, "no writer for the extension \"." + LowerExtension(output) + "\"");
     return 2;
   }
@@ -35,17 +122,17 @@ int RunConvert(const Arguments& arguments) {
   if (!LoadDesign(input, design)) return 1;
   // This command is the Save As: its settings are the ones the PES writer follows.
   ConversionSettings settings;
-  ReadConversion(AsciiLower(format->extension), settings);
-  if (pes5 != -1) settings.pes5 = pes5;
+  ReadConversion(AsciiLower(FormatExtension(format == kFormatTxt ? kFormatPes : format)), settings);
+  Apply(overrides, settings);
   SetSaveAsConversion(settings);
-  // The target's name gives the label that formats such as DST carry.
+  // The target's name gives the label that formats such as DST carry. The
+  // pipeline reports its own failures under "Save Error".
   design.name = output;
-  std::vector<uint8_t> bytes;
-  if (WriteDesignFile(design, bytes, target) == 0) {
-    ReportError(output, std::string("the design could not be written as ") + format->extension);
-    return 1;
-  }
-  return SaveFile(output, bytes) ? 0 : 1;
+  std::vector<DesignPath> written;
+  // A named output file is replaced, as every command here does.
+  if (SaveDesign(design, &written, 1, &settings) == 0) return 1;
+  for (const DesignPath& path : written) std::cout << path.ToString() << "\n";
+  return 0;
 }
 
 }  // namespace fennick::cli

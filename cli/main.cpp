@@ -16,11 +16,38 @@ constexpr Command kCommands[] = {
      "Prints the design as read, as JSON (schema emb-dump/1): absolute stitch positions in 0.1 mm\n"
      "with y up, colour blocks, bounds and node counts.",
      fennick::cli::RunDump},
-    {"convert", "fennick convert IN OUT [--pes5|--no-pes5]",
-     "Reads IN and writes OUT in the format of OUT's extension. A PES file follows the stored\n"
-     "conversion settings (\"pes5\": version 5 and 6 with the real thread colours); --pes5 and\n"
-     "--no-pes5 override them for this file.",
+    {"convert",
+     "fennick convert IN OUT [--hoop WxH] [--rotate|--no-rotate] [--shrink PCT] [--split-stitches N] "
+     "[--split-colors N] [--pes5|--no-pes5]",
+     "Reads IN and saves it as OUT's extension asks, through the save pipeline and the stored\n"
+     "conversion settings of that format (see 'fennick settings list'): the design is fitted to the\n"
+     "hoop, turned a quarter or shrunk where that is allowed and helps, and split into OUT, \"OUT 2\",\n"
+     "\"OUT 3\"... when it has more stitches or colours than one file may hold. PEC, PHC, PHB and PHD\n"
+     "are written as PES, SHV as VIP, and TXT writes the design's notes. Prints each file written.\n"
+     "Options override the stored settings for this run:\n"
+     "  --hoop WxH            largest hoop in millimetres, e.g. 130x180\n"
+     "  --rotate, --no-rotate allow or forbid the quarter turn\n"
+     "  --shrink PCT          shrink by up to PCT percent to fit; 0 never shrinks\n"
+     "  --split-stitches N    at most N stitches a file; 0 turns this split off\n"
+     "  --split-colors N      at most N colours a file; 0 turns this split off\n"
+     "  --pes5, --no-pes5     PES version 5 and 6 with the real thread colours, or the plain palette\n"
+     "A design too big for the hoop is refused with \"Save Error\" and exit status 1.",
      fennick::cli::RunConvert},
+    {"formats", "fennick formats",
+     "Lists every format: whether it is read and written (PEC, PHC, PHB and PHD are written as PES,\n"
+     "SHV as VIP), and the built-in conversion row of each writable one: the largest hoop in\n"
+     "millimetres and the stitch and colour limits at which a design is split (\"off\": never).",
+     fennick::cli::RunFormats},
+    {"settings", "fennick settings [list | get KEY | set KEY VALUE]",
+     "Shows or changes the stored preferences. 'list' (the default) shows the conversion settings\n"
+     "of each format as convert uses them (stored values over the built-in rows) and every stored\n"
+     "value. KEY is [TREE:]SECTION/NAME, TREE being main (the default), profile or resize; names\n"
+     "ignore case. Examples: Conversion/pesw (PES hoop width, mm), Conversion/dstsh (DST shrink\n"
+     "percent), Conversion/pes5, \"Settings/BMP Size\", resize:MaxSL. The conversion names are the\n"
+     "lower-case extension followed by w, h (hoop), r (rotate), sh (shrink), shpct, both, ss, ns\n"
+     "(split by stitches, limit), sc, nc (split by colours, limit). 'set' stores a number when VALUE\n"
+     "reads as one (decimal or 0x hexadecimal) and text otherwise; a stored value keeps its type.",
+     fennick::cli::RunSettings},
     {"notes", "fennick notes IN [OUT.txt]",
      "Writes the design's notes: name, size, date and each thread's stitches and length, in\n"
      "yards and inches when the \"English\" preference is set, then for each distinct colour the three\n"

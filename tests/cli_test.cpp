@@ -86,6 +86,74 @@ TEST_F(CliTest, ConvertToPesFollowsTheStoredSettingOrTheFlag) {
   }
 }
 
+TEST_F(CliTest, ConvertFitsAndSplitsAsTheSettingsAndOptionsSay) {
+  // The sample is 82.3 by 84.8 mm, its 4 colours of 2768, 3046, 2199 and 256 stitches: with
+  // 4000 a file, black ends the first piece and blue the second, since colours stay whole.
+  const struct {
+    std::string options;
+    int status;
+    std::string out;
+    std::string err;
+  } cases[] = {
+      {"rose.pes --split-colors 2", 0, "rose.pes\nrose 2.pes\n", ""},
+      {"g.dst --split-stitches 4000", 0, "g.dst\ng 2.dst\ng 3.dst\n", ""},
+      {"g.dst --hoop 80x90 --shrink 0", 1, "", "Save Error: g.dst is too big for the current hoop.\n"},
+      {"g.dst --hoop 80x90 --shrink 5", 0, "g.dst\n", ""},
+      {"g.dst --hoop 85x83 --rotate --shrink 0", 0, "g.dst\n", ""},
+      {"g.dst --hoop 85x83 --no-rotate --shrink 0", 1, "", "Save Error: g.dst is too big for the current hoop.\n"},
+      {"card.phc", 0, "card.pes\n", ""},
+      {"g.dst --hoop 80", 2, "", "fennick: convert: --hoop takes WIDTHxHEIGHT in millimetres, not \"80\"\n"},
+      {"g.dst --split-colors -1", 2, "", "fennick: convert: --split-colors takes a whole number of 0 or more, not \"-1\"\n"},
+  };
+  for (const auto& c : cases) {
+    const Outcome outcome = Run("convert '" + sample + "' " + c.options);
+    EXPECT_EQ(outcome.status, c.status) << c.options;
+    EXPECT_EQ(outcome.out, c.out) << c.options;
+    EXPECT_EQ(outcome.err, c.err) << c.options;
+  }
+  EXPECT_NE(Run("info g.dst").out.find("size:     8.48 cm x 8.23 cm"), std::string::npos) << "turned";
+
+  // Stored settings apply, and an option of 0 turns their split off.
+  ASSERT_EQ(Run("settings set Conversion/dstsc 1").status, 0);
+  ASSERT_EQ(Run("settings set Conversion/dstnc 3").status, 0);
+  EXPECT_EQ(Run("convert '" + sample + "' s.dst").out, "s.dst\ns 2.dst\n");
+  EXPECT_EQ(Run("convert '" + sample + "' s.dst --split-colors 0").out, "s.dst\n");
+}
+
+TEST_F(CliTest, FormatsShowsTheTableWithTheBuiltInRows) {
+  const Outcome outcome = Run("formats");
+  ASSERT_EQ(outcome.status, 0) << outcome.err;
+  for (const char* line : {"\nPES    yes  yes    300 x 200   off          99\n",
+                           "\nDST    yes  yes    300 x 300   off          off\n",
+                           "\nPHC    yes  as PES -           -            -\n",
+                           "\nTXT    no   notes  -           -            -\n"}) {
+    EXPECT_NE(outcome.out.find(line), std::string::npos) << line << outcome.out;
+  }
+  // JEF's limits stand whether or not its writer is built in.
+  EXPECT_NE(outcome.out.find("140 x 200   64000        78\n"), std::string::npos) << outcome.out;
+}
+
+TEST_F(CliTest, SettingsAreSetReadAndListed) {
+  EXPECT_EQ(Run("settings get Conversion/pesw").status, 1);
+  EXPECT_EQ(Run("settings set Conversion/pesw 120").status, 0);
+  EXPECT_EQ(Run("settings set 'Settings/Tools otf' DST").status, 0);
+  EXPECT_EQ(Run("settings set resize:MaxSL 0x40").status, 0);
+  const std::pair<const char*, const char*> values[] = {
+      {"conversion/PESW", "120\n"}, {"'Settings/Tools otf'", "DST\n"}, {"resize:maxsl", "64\n"}};
+  for (const auto& [key, value] : values) EXPECT_EQ(Run(std::string("settings get ") + key).out, value) << key;
+  // A stored number stays a number.
+  EXPECT_EQ(Run("settings set Conversion/pesw wide").status, 2);
+  EXPECT_EQ(Run("settings get nowhere:a/b").status, 2);
+
+  const Outcome list = Run("settings list");
+  ASSERT_EQ(list.status, 0) << list.err;
+  for (const char* line : {"  pes    120 x 200   on     on    1      10      off       99\n",
+                           "  jef    140 x 200   on     off   1      10      64000     78\n",
+                           "  Conversion/pesw = 120\n", "  Settings/Tools otf = \"DST\"\n", "  resize:MaxSL = 64\n"}) {
+    EXPECT_NE(list.out.find(line), std::string::npos) << line << list.out;
+  }
+}
+
 TEST_F(CliTest, RenderWritesPngOrBitmapAtTheAskedSize) {
   ASSERT_EQ(Run("render '" + sample + "' rose.png --size 64 --flat --background 102030").status, 0);
   const std::vector<uint8_t> png = folder.Read("rose.png");
@@ -168,7 +236,7 @@ TEST_F(CliTest, BadInputGivesOneLineAndAnExitCode) {
 }
 
 TEST_F(CliTest, EveryCommandHasHelp) {
-  for (const char* command : {"info", "dump", "convert", "render", "notes", "demo", "zip", "colors"}) {
+  for (const char* command : {"info", "dump", "convert", "formats", "settings", "render", "notes", "demo", "zip", "colors"}) {
     const Outcome outcome = Run(std::string(command) + " --help");
     EXPECT_EQ(outcome.status, 0) << command;
     EXPECT_EQ(outcome.out.rfind(std::string("usage: fennick ") + command, 0), 0u) << outcome.out;

@@ -1,0 +1,328 @@
+#include "tools/save_pipeline.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "core/format_table.h"
+#include "core/user_interface.h"
+#include "tests/test_support.h"
+
+namespace fennick {
+namespace {
+
+using test::Node;
+using test::Nodes;
+using test::SetNodes;
+
+// A centred w by h rectangle (stitch units, both even), one thread.
+Design Rectangle(int32_t width, int32_t height) {
+  Design design;
+  design.name = "rect.dst";
+  design.threads.resize(1);
+  SetNodes(design, {{-width / 2, -height / 2, STITCH_JUMP}, {width, 0, 0}, {0, height, 0}});
+  design.ComputeBounds();
+  return design;
+}
+
+// Colours A and B of three (1, 1) stitches each, then C of `lastStitches`:
+// stops at nodes 3 and 7.
+Design ThreeColours(int lastStitches) {
+  Design design;
+  design.name = "rose.pes";
+  design.threads.resize(3);
+  for (int i = 0; i < 3; ++i) design.threads[static_cast<size_t>(i)].rgb = ColorRef(static_cast<uint8_t>(60 * i), 0, 0);
+  for (int i = 0; i < 3; ++i) design.stitches.PushBack(1, 1, 0);
+  design.stitches.PushBack(0, 0, STITCH_COLORSTOP);
+  for (int i = 0; i < 3; ++i) design.stitches.PushBack(1, 1, 0);
+  design.stitches.PushBack(0, 0, STITCH_COLORSTOP);
+  for (int i = 0; i < lastStitches; ++i) design.stitches.PushBack(1, 1, 0);
+  design.ComputeThreadStats();
+  return design;
+}
+
+ConversionSettings Hoop(int32_t width, int32_t height, int32_t rotate, int32_t both, int32_t shrink,
+                        int32_t shrinkPercent) {
+  ConversionSettings settings;
+  settings.hoopWidth = width;
+  settings.hoopHeight = height;
+  settings.rotate = rotate;
+  settings.bothOrientations = both;
+  settings.shrink = shrink;
+  settings.shrinkPercent = shrinkPercent;
+  return settings;
+}
+
+TEST(FitDesignToHoop, TurnsShrinksOrRefuses) {
+  struct Case {
+    const char* what;
+    int32_t width, height;  // design, stitch units
+    ConversionSettings settings;
+    int result;
+    int32_t rotation;
+    int32_t fittedWidth, fittedHeight;  // exact, or at most when shrunk
+  };
+  const Case cases[] = {
+      {"301 x 100 mm, 300 x 200 hoop: turning is worse", 3010, 1000, Hoop(300, 200, 1, 0, 0, 10), 1, 0, 0, 0},
+      {"the same without rotate", 3010, 1000, Hoop(300, 200, 0, 0, 0, 10), 1, 0, 0, 0},
+      {"the same shrunk by 1 percent at most", 3010, 1000, Hoop(300, 200, 1, 0, 1, 10), 0, 0, 3000, 1000},
+      {"turning helps but is not enough", 4000, 2500, Hoop(300, 350, 1, 0, 0, 10), 1, 0, 0, 0},
+      {"turned, then shrunk by 12.5 percent", 4000, 2500, Hoop(300, 350, 1, 0, 15, 10), 0, 1, 2188, 3500},
+      {"unturned it needs 25 percent", 4000, 2500, Hoop(300, 350, 0, 0, 15, 10), 1, 0, 0, 0},
+      {"both orientations turn the hoop", 4000, 2500, Hoop(250, 400, 0, 1, 0, 0), 0, 0, 4000, 2500},
+      {"a wide design turns clockwise", 4000, 2500, Hoop(250, 400, 1, 0, 0, 0), 0, 1, 2500, 4000},
+      {"a tall design turns the other way", 2500, 4000, Hoop(400, 250, 1, 0, 0, 0), 0, -1, 4000, 2500},
+      {"0.5 percent too big, shrink 1", 2010, 200, Hoop(200, 100, 0, 0, 1, 10), 0, 0, 2000, 200},
+      {"0.5 percent too big, no shrink", 2010, 200, Hoop(200, 100, 0, 0, 0, 10), 1, 0, 0, 0},
+      {"2 percent too big: shrinkPercent is not the limit", 2040, 200, Hoop(200, 100, 0, 0, 1, 50), 1, 0, 0, 0},
+      {"10 percent too big, shrink 10", 1000, 200, Hoop(90, 100, 0, 0, 10, 0), 0, 0, 900, 200},
+      {"10 percent too big, shrink 9", 1000, 200, Hoop(90, 100, 0, 0, 9, 10), 1, 0, 0, 0},
+      {"a hoop word of 0 takes nothing", 100, 100, Hoop(0, 200, 1, 0, 1, 10), 1, 0, 0, 0},
+  };
+  for (const Case& c : cases) {
+    Design design = Rectangle(c.width, c.height);
+    const std::vector<Node> before = Nodes(design);
+    EXPECT_EQ(FitDesignToHoop(design, c.settings), c.result) << c.what;
+    EXPECT_EQ(design.fitRotation, c.rotation) << c.what;
+    if (c.result != 0) {
+      EXPECT_EQ(Nodes(design), before) << c.what;
+      continue;
+    }
+    const int32_t width = design.maxX - design.minX, height = design.maxY - design.minY;
+    if (c.settings.shrink == 0) {
+      EXPECT_EQ(width, c.fittedWidth) << c.what;
+      EXPECT_EQ(height, c.fittedHeight) << c.what;
+    } else {
+      EXPECT_LE(width, c.fittedWidth) << c.what;
+      EXPECT_LE(height, c.fittedHeight) << c.what;
+      EXPECT_LT(width, c.width) << c.what;
+    }
+  }
+}
+
+TEST(FitDesignToHoop, CentresAFittingDesignAndLeavesARefusedOneAlone) {
+  Design design;
+  SetNodes(design, {{10, 0, 0}, {0, 4, 0}});
+  // Stands at x 10, y 0 to 4: a jump to (-10, -2) goes in front.
+  ASSERT_EQ(FitDesignToHoop(design, Hoop(1, 1, 0, 0, 0, 0)), 0);
+  EXPECT_EQ(Nodes(design), (std::vector<Node>{{-10, -2, STITCH_JUMP}, {10, 0, 0}, {0, 4, 0}}));
+  EXPECT_EQ(design.minY, -2);
+
+  SetNodes(design, {{0, 0, 0}, {30, 0, 0}});
+  design.maxX = 7;
+  ASSERT_EQ(FitDesignToHoop(design, Hoop(1, 1, 1, 1, 1, 10)), 1);
+  EXPECT_EQ(Nodes(design), (std::vector<Node>{{0, 0, 0}, {30, 0, 0}}));
+  EXPECT_EQ(design.maxX, 7);
+}
+
+TEST(FitDesignToHoop, ShrinkCarriesTheErrorAndNarrowsTo16Bits) {
+  // Both shrink by a quarter: f = 0.75 is exact in single precision.
+  struct Case {
+    const char* what;
+    std::vector<Node> nodes;
+    ConversionSettings settings;
+    std::vector<Node> expected;
+  };
+  const Case cases[] = {
+      // x: -15 | 18.75 -> 18, carry .75 | -2.25 + .75 = -1.5 -> -1 (towards zero), carry -.5 | 13.5 - .5 = 13
+      // y: -3 | .75 -> 0, carry .75 | 3.75 + .75 = 4.5 -> 4, carry .5 | .75 + .5 = 1.25 -> 1
+      {"error carried, cut towards zero",
+       {{-20, -4, STITCH_JUMP}, {25, 1, 0}, {-3, 5, 0}, {18, 1, 0}},
+       Hoop(3, 1, 0, 0, 25, 0),
+       {{-15, -3, STITCH_JUMP}, {18, 0, 0}, {-1, 4, 0}, {13, 1, 0}}},
+      // 50000 * 0.75 = 37500, which as a signed 16-bit move is 37500 - 65536.
+      {"moves narrowed to 16 bits",
+       {{-25000, 0, STITCH_JUMP}, {50000, 0, 0}},
+       Hoop(3750, 1, 0, 0, 25, 0),
+       {{-18750, 0, STITCH_JUMP}, {-28036, 0, 0}}},
+  };
+  for (const Case& c : cases) {
+    Design design;
+    SetNodes(design, c.nodes);
+    ASSERT_EQ(FitDesignToHoop(design, c.settings), 0) << c.what;
+    EXPECT_EQ(Nodes(design), c.expected) << c.what;
+  }
+}
+
+TEST(SplitDesign, KeepsColoursWholeAndStartsThePieceFromTheOrigin) {
+  struct Case {
+    const char* what;
+    int lastStitches;
+    int32_t stitchLimit, colorLimit;
+    size_t keptNodes;  // all 8 + lastStitches: no split
+    size_t keptThreads;
+    Node firstMoved;
+  };
+  const Case cases[] = {
+      // C (5 stitches) would end at node 12: it goes whole, its stop becoming a jump to (6, 6).
+      {"a colour that would not fit goes whole", 5, 10, 0, 7, 2, {6, 6, STITCH_JUMP}},
+      {"a colour too big for any piece is cut", 12, 10, 0, 10, 2, {9, 9, STITCH_JUMP}},
+      {"the colour limit splits at its stop", 5, 0, 2, 7, 2, {6, 6, STITCH_JUMP}},
+      {"as many colours as the limit", 5, 0, 3, 13, 3, {}},
+      {"fewer nodes than the limit", 5, 13, 0, 13, 3, {}},
+      {"both limits off", 5, 0, 0, 13, 3, {}},
+  };
+  for (const Case& c : cases) {
+    Design design = ThreeColours(c.lastStitches);
+    const size_t total = design.stitches.Size();
+    Design rest = SplitDesign(design, c.stitchLimit, c.colorLimit);
+    EXPECT_EQ(design.stitches.Size(), c.keptNodes) << c.what;
+    EXPECT_EQ(design.threads.size(), c.keptThreads) << c.what;
+    if (c.keptNodes == total) {
+      EXPECT_TRUE(rest.stitches.Empty()) << c.what;
+      continue;
+    }
+    EXPECT_EQ(rest.name, "rose.pes") << c.what;
+    EXPECT_EQ(rest.stitches.Size(), total - c.keptNodes) << c.what;
+    ASSERT_EQ(rest.threads.size(), 1u) << c.what;
+    EXPECT_EQ(rest.threads[0].rgb, ColorRef(120, 0, 0)) << c.what;
+    EXPECT_EQ(Nodes(rest).front(), c.firstMoved) << c.what;
+    EXPECT_EQ(Nodes(rest).back(), (Node{1, 1, 0})) << c.what;
+  }
+}
+
+TEST(SplitDesign, JefLimitsSplitAfter64000Nodes) {
+  const ConversionSettings& jef = BuiltInConversion(kFormatJef);
+  for (const size_t count : {size_t{64000}, size_t{64001}}) {
+    Design design;
+    design.threads.resize(1);
+    for (size_t i = 0; i < count; ++i) design.stitches.PushBack(2, -1, 0);
+    Design rest = SplitDesign(design, jef.stitchLimit, jef.colorLimit);
+    EXPECT_EQ(design.stitches.Size(), 64000u) << count;
+    if (count == 64000) {
+      EXPECT_TRUE(rest.stitches.Empty());
+      continue;
+    }
+    // Node 64001 stands at 64001 * (2, -1); the thread in use goes with it.
+    EXPECT_EQ(Nodes(rest), (std::vector<Node>{{128002, -64001, STITCH_JUMP}}));
+    EXPECT_EQ(rest.threads.size(), 1u);
+    EXPECT_TRUE(design.threads.empty());
+  }
+}
+
+class SaveDesignTest : public ::testing::Test {
+ protected:
+  struct Recorder : UserInterface {
+    MessageAnswer ShowMessage(const std::string& text, const std::string& caption, MessageButtons) override {
+      messages.emplace_back(caption, text);
+      return MessageAnswer::kOk;
+    }
+    void SetWaitCursor(bool) override {}
+    std::vector<std::pair<std::string, std::string>> messages;
+  } recorder;
+  test::ScratchFolder folder;
+
+  void SetUp() override { SetUserInterface(&recorder); }
+  void TearDown() override { SetUserInterface(nullptr); }
+
+  std::vector<std::string> Save(Design design, int flag, const ConversionSettings* settings, int expected) {
+    std::vector<DesignPath> written;
+    EXPECT_EQ(SaveDesign(design, &written, flag, settings), expected) << design.name;
+    std::vector<std::string> names;
+    for (const DesignPath& path : written) {
+      EXPECT_TRUE(std::filesystem::exists(path.FullName())) << path.FullName();
+      names.push_back(path.GetFileName());
+    }
+    return names;
+  }
+};
+
+TEST_F(SaveDesignTest, SplitsIntoNumberedPiecesAsTheSettingsSay) {
+  ConversionSettings settings = BuiltInConversion(kFormatPes);
+  settings.splitColors = 1;
+  settings.colorLimit = 1;
+  Design design = ThreeColours(5);
+  design.name = folder.File("rose.pes");
+  EXPECT_EQ(Save(design, 0, &settings, 3), (std::vector<std::string>{"rose.pes", "rose 2.pes", "rose 3.pes"}));
+  Design second;
+  ASSERT_EQ(ReadDesignFile(second, folder.File("rose 2.pes")), 0);
+  EXPECT_EQ(second.threads.size(), 1u);
+
+  // With both split words off the limits do not count.
+  settings.splitColors = 0;
+  settings.splitStitches = 0;
+  settings.stitchLimit = 5;
+  design.name = folder.File("one.pes");
+  EXPECT_EQ(Save(design, 0, &settings, 1), (std::vector<std::string>{"one.pes"}));
+  EXPECT_TRUE(recorder.messages.empty());
+}
+
+TEST_F(SaveDesignTest, JefStitchLimitGivesASecondPieceAt64001Nodes) {
+  const ConversionSettings& jef = BuiltInConversion(kFormatJef);
+  ConversionSettings settings = BuiltInConversion(kFormatDst);
+  settings.splitStitches = jef.splitStitches;
+  settings.stitchLimit = jef.stitchLimit;
+  settings.splitColors = jef.splitColors;
+  settings.colorLimit = jef.colorLimit;
+  for (const int count : {64000, 64001}) {
+    Design design;
+    design.name = folder.File("big.dst");
+    design.threads.resize(1);
+    // A leading jump, so that centring adds no node.
+    design.stitches.PushBack(0, 0, STITCH_JUMP);
+    for (int i = 1; i < count; ++i) design.stitches.PushBack(i % 2 == 0 ? 1 : -1, 0, 0);
+    Save(std::move(design), 1, &settings, count == 64000 ? 1 : 2);
+  }
+}
+
+TEST_F(SaveDesignTest, ExtensionDecidesTheFileWritten) {
+  const struct {
+    const char* name;
+    int flag;
+    std::vector<std::string> expected;
+  } cases[] = {
+      {"card.phc", 1, {"card.pes"}},
+      {"card.PHB", 1, {"card.pes"}},
+      {"stick.shv", 1, {"stick.vip"}},
+      {"rose.txt", 1, {"rose.Txt"}},
+      {"rose.dst", 1, {"rose.dst"}},
+      {"rose.dst", 1, {"rose.dst"}},  // overwritten
+      {"rose.dst", 0, {"rose(2).dst"}},
+  };
+  for (const auto& c : cases) {
+    Design design = ThreeColours(5);
+    design.name = folder.File(c.name);
+    EXPECT_EQ(Save(design, c.flag, nullptr, 1), c.expected) << c.name;
+    Design back;
+    if (c.expected[0].ends_with(".Txt")) {
+      const std::vector<uint8_t> text = folder.Read(c.expected[0]);
+      EXPECT_EQ(std::string(text.begin(), text.end()).rfind(design.name + "\r\n", 0), 0u);
+    } else {
+      EXPECT_EQ(ReadDesignFile(back, folder.File(c.expected[0])), 0) << c.name;
+      EXPECT_EQ(back.threads.size(), 3u) << c.name;
+    }
+  }
+  EXPECT_EQ(folder.Read("card.pes").at(0), '#');
+  EXPECT_TRUE(recorder.messages.empty());
+}
+
+TEST_F(SaveDesignTest, StoredShrinkLetsTenPercentThrough) {
+  // DST's built-in hoop is 300 mm; 333 mm overshoots it by 9.9 percent of the design.
+  Design design = Rectangle(3330, 1000);
+  design.name = folder.File("wide.dst");
+  Save(design, 1, nullptr, 0);
+  PreferenceStore().SetInt("Conversion", "dstsh", 10);
+  EXPECT_EQ(Save(design, 1, nullptr, 1), (std::vector<std::string>{"wide.dst"}));
+  ASSERT_EQ(recorder.messages.size(), 1u);
+}
+
+TEST_F(SaveDesignTest, FailuresShowASaveError) {
+  ConversionSettings small = Hoop(10, 10, 1, 0, 1, 10);
+  Design big = Rectangle(200, 200);
+  big.name = folder.File("big.pes");
+  Save(big, 1, &small, 0);
+  Design picture = Rectangle(200, 200);
+  picture.name = folder.File("rose.bmp");
+  Save(picture, 1, nullptr, 0);
+  const std::vector<std::pair<std::string, std::string>> expected = {
+      {"Save Error", folder.File("big.pes") + " is too big for the current hoop."},
+      {"Save Error", folder.File("rose.bmp") + " could not be saved."},
+  };
+  EXPECT_EQ(recorder.messages, expected);
+  EXPECT_FALSE(std::filesystem::exists(folder.File("big.pes")));
+}
+
+}  // namespace
+}  // namespace fennick

@@ -1,0 +1,36 @@
+// The way a design leaves for its files: the hoop fit (turn, shrink), the
+// split into pieces a machine can take, and the writing of each piece.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "core/design.h"
+#include "core/design_path.h"
+#include "core/preferences.h"
+
+namespace fennick {
+
+// Centres a copy of the design and tries it against the hoop of `settings`
+// (millimetres), turning it a quarter or shrinking it where the settings allow
+// and it helps. Returns 0 when it fits, and the design is then the fitted one;
+// 1 otherwise, with the design unchanged.
+int FitDesignToHoop(Design& design, const ConversionSettings& settings);
+
+// Cuts off what does not fit `stitchLimit` nodes and `colorLimit` colours (0:
+// no limit) and returns it as a new design that starts with a jump from the
+// origin; `design` keeps the first part. An empty result means no split.
+Design SplitDesign(Design& design, int32_t stitchLimit, int32_t colorLimit);
+
+// Writes the design to the file its `name` names, in the format of that
+// extension: PEC, PHC, PHB and PHD are written as PES, SHV as VIP, and TXT
+// writes the design's notes. Fits it to the hoop (the design is the fitted one
+// afterwards) and splits it into "rose.pes", "rose 2.pes", ... as `settings`
+// say; without settings the stored ones of the format apply. `flag` 0 takes a
+// free variant of an existing name; any other value overwrites. Each written
+// file is appended to `outputList` when one is given. Returns the number of
+// files written, 0 when none was; failures are shown under "Save Error".
+int SaveDesign(Design& design, std::vector<DesignPath>* outputList, int flag,
+               const ConversionSettings* settings);
+
+}  // namespace fennick
