@@ -85,7 +85,7 @@ int SaveFormat(DesignPath& path) {
 int SaveNotes(const Design& design, DesignPath path, std::vector<DesignPath>* outputList, int flag) {
   std::string text;
   if (!design.threads.empty()) {
-    text = DesignNotes(design, GetEnglish() != 0, ShortDateText(std::time(nullptr)), {});
+    text = DesignNotes(design);
   }
   path.ChangeExtension(".Txt");
   const std::span<const uint8_t> bytes(reinterpret_cast<const uint8_t*>(text.data()), text.size());
