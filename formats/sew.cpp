@@ -44,26 +44,39 @@ constexpr uint32_t kUndrawn = 0xFF000000;
 
 size_t RowBytes(int32_t width) { return static_cast<size_t>(width + 7) / 8; }
 
-// Every colour alone at the given size, in one walk, as picture blocks: thin
-// flat lines without jumps, rows from the top of the design down.
-std::vector<std::vector<uint8_t>> DrawPictures(Design& design, size_t colors, int32_t width, int32_t height) {
-  const size_t rowBytes = RowBytes(width);
-  std::vector<uint8_t> empty(2 + rowBytes * static_cast<size_t>(height), 0);
-  empty[0] = static_cast<uint8_t>(rowBytes);
-  empty[1] = static_cast<uint8_t>(height);
-  std::vector<std::vector<uint8_t>> blocks(colors, empty);
-  std::vector<StitchBitmap> canvases(colors);
-  for (StitchBitmap& canvas : canvases) {
-    if (canvas.Create(width, height) != 0) return blocks;
-    canvas.background = kUndrawn;
+struct PictureSize {
+  int32_t width;
+  int32_t height;
+};
+
+// Every colour alone at each of the sizes, all in one walk, as picture blocks
+// indexed [size][colour]: thin flat lines without jumps, rows from the top of
+// the design down.
+std::vector<std::vector<std::vector<uint8_t>>> DrawPictures(Design& design, size_t colors,
+                                                            std::span<const PictureSize> sizes) {
+  std::vector<std::vector<std::vector<uint8_t>>> blocks;
+  std::vector<StitchBitmap> canvases(sizes.size() * colors);
+  for (size_t s = 0; s < sizes.size(); ++s) {
+    const size_t rowBytes = RowBytes(sizes[s].width);
+    std::vector<uint8_t> empty(2 + rowBytes * static_cast<size_t>(sizes[s].height), 0);
+    empty[0] = static_cast<uint8_t>(rowBytes);
+    empty[1] = static_cast<uint8_t>(sizes[s].height);
+    blocks.emplace_back(colors, empty);
+    for (size_t i = 0; i < colors; ++i) {
+      StitchBitmap& canvas = canvases[s * colors + i];
+      if (canvas.Create(sizes[s].width, sizes[s].height) != 0) return blocks;
+      canvas.background = kUndrawn;
+    }
   }
-  RenderBlocksApart(design, canvases, true);
-  for (size_t i = 0; i < colors; ++i) {
-    const std::vector<uint32_t>& pixels = canvases[i].pixels;
-    for (int32_t y = 0; y < height; ++y) {
-      for (int32_t x = 0; x < width; ++x) {
-        if (pixels[static_cast<size_t>(y * width + x)] == kUndrawn) continue;
-        blocks[i][2 + static_cast<size_t>(y) * rowBytes + static_cast<size_t>(x / 8)] |=
+  RenderBlocksApart(design, canvases, colors, true);
+  for (size_t c = 0; c < canvases.size(); ++c) {
+    const StitchBitmap& canvas = canvases[c];
+    std::vector<uint8_t>& block = blocks[c / colors][c % colors];
+    const size_t rowBytes = block[0];
+    for (int32_t y = 0; y < canvas.height; ++y) {
+      for (int32_t x = 0; x < canvas.width; ++x) {
+        if (canvas.pixels[static_cast<size_t>(y * canvas.width + x)] == kUndrawn) continue;
+        block[2 + static_cast<size_t>(y) * rowBytes + static_cast<size_t>(x / 8)] |=
             static_cast<uint8_t>(0x80 >> (x % 8));
       }
     }
@@ -230,19 +243,21 @@ int WriteSew(Design& design, std::vector<uint8_t>& out) {
 
   // The pictures use the bounds of the centring above, as the move to the
   // machine's start point is not part of them.
-  const auto small = DrawPictures(design, threadCount, kSmall.width, kSmall.height);
-  const auto large = DrawPictures(design, threadCount, kLarge.width, kLarge.height);
-  const auto whole = DrawPictures(design, threadCount, kWhole.width, kWhole.height);
-  for (size_t i = 0; i < threadCount; ++i) {
-    if (counts[i] != 0) {
-      OrInto(out, kSmall.offset + kSmall.step * i, small[i]);
-      OrInto(out, kLarge.offset + kLarge.step * i, large[i]);
-      OrInto(out, kWhole.offset, whole[i]);
+  const PictureSize sizes[] = {{kSmall.width, kSmall.height},
+                               {kLarge.width, kLarge.height},
+                               {kWhole.width, kWhole.height},
+                               {kOutlineWidth, kOutlineHeight}};
+  const auto pictures = DrawPictures(design, threadCount, sizes);
+  if (pictures.size() == std::size(sizes)) {
+    for (size_t i = 0; i < threadCount; ++i) {
+      if (counts[i] != 0) {
+        OrInto(out, kSmall.offset + kSmall.step * i, pictures[0][i]);
+        OrInto(out, kLarge.offset + kLarge.step * i, pictures[1][i]);
+        OrInto(out, kWhole.offset, pictures[2][i]);
+      }
+      const std::vector<uint8_t> outline = Outline(pictures[3][i]);
+      OrInto(out, kOutlineOffset, std::span<const uint8_t>(outline).first(kOutlineBytes));
     }
-  }
-  for (const std::vector<uint8_t>& drawn : DrawPictures(design, threadCount, kOutlineWidth, kOutlineHeight)) {
-    const std::vector<uint8_t> outline = Outline(drawn);
-    OrInto(out, kOutlineOffset, std::span<const uint8_t>(outline).first(kOutlineBytes));
   }
   // Rendering marks the nodes it drew; the design keeps only its own flags.
   for (StitchNode& node : design.stitches) node.flags &= ~STITCH_DRAWN;

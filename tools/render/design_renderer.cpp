@@ -108,8 +108,9 @@ void DesignRenderer::RenderOutline() {
   }
 }
 
-void RenderBlocksApart(Design& design, std::span<StitchBitmap> canvases, bool flipY) {
+void RenderBlocksApart(Design& design, std::span<StitchBitmap> canvases, size_t colors, bool flipY) {
   const std::vector<ThreadColor>& threads = design.threads;
+  if (colors == 0 || canvases.size() % colors != 0) return;
   for (size_t i = 0; i < canvases.size(); ++i) {
     StitchBitmap& canvas = canvases[i];
     canvas.thick = false;
@@ -118,11 +119,8 @@ void RenderBlocksApart(Design& design, std::span<StitchBitmap> canvases, bool fl
                     static_cast<float>(design.maxX * 0.1), static_cast<float>(design.minY * 0.1));
     canvas.dashIndex = 1;
     canvas.MoveTo(0, 0);
-    if (i < threads.size()) canvas.SetColor(threads[i].rgb);
+    if (i % colors < threads.size()) canvas.SetColor(threads[i % colors].rgb);
   }
-  if (canvases.empty()) return;
-  const StitchBitmap& geometry = canvases[0];  // all canvases map alike
-  const int32_t width = geometry.width, height = geometry.height;
   auto outside = [](int32_t value, int32_t size) { return value < 0 || value >= size; };
   size_t block = 0;
   int32_t x = 0, y = 0;
@@ -130,21 +128,23 @@ void RenderBlocksApart(Design& design, std::span<StitchBitmap> canvases, bool fl
     x = WrappingAdd(x, node.dx);
     y = WrappingAdd(y, node.dy);
     if (node.IsColorStop() && block + 1 < threads.size()) ++block;
-    const PixelPoint point = geometry.WorldToPixel(x, flipY ? WrappingNegate(y) : y);
     node.flags &= ~STITCH_DRAWN;
-    if (block >= canvases.size()) continue;
-    StitchBitmap& canvas = canvases[block];
-    // Render's cheap clip test. Only the sewing colour's pen can be off the
-    // bitmap: the others still wait in the corner, or are done.
-    if (outside(point.x, width) && outside(canvas.penX, width) && outside(canvas.penY, height)) {
-      canvas.MoveTo(point.x, point.y);
-      continue;
-    }
-    if (node.IsJump()) {
-      canvas.MoveTo(point.x, point.y);
-    } else {
-      node.flags |= STITCH_DRAWN;
-      canvas.LineFlat(point.x, point.y);
+    if (block >= colors) continue;
+    for (size_t set = block; set < canvases.size(); set += colors) {
+      StitchBitmap& canvas = canvases[set];
+      const PixelPoint point = canvas.WorldToPixel(x, flipY ? WrappingNegate(y) : y);
+      // Render's cheap clip test. Only the sewing colour's pen can be off the
+      // bitmap: the others still wait in the corner, or are done.
+      if (outside(point.x, canvas.width) && outside(canvas.penX, canvas.width) &&
+          outside(canvas.penY, canvas.height)) {
+        canvas.MoveTo(point.x, point.y);
+        node.flags &= ~STITCH_DRAWN;
+      } else if (node.IsJump()) {
+        canvas.MoveTo(point.x, point.y);
+      } else {
+        node.flags |= STITCH_DRAWN;
+        canvas.LineFlat(point.x, point.y);
+      }
     }
   }
 }

@@ -31,11 +31,13 @@ struct DesignRenderer {
   void RenderOutline();
 };
 
-// Draws colour block i of the design into canvas i, all in one walk: each
-// canvas ends up as `Render(i)` with thin flat lines, no jumps and no markers
-// would leave it, each keeping its own pen. The canvases must be created at
-// one size; they are cleared to their backgrounds and fitted here. Nodes are
-// marked STITCH_DRAWN when their own colour's canvas drew them.
-void RenderBlocksApart(Design& design, std::span<StitchBitmap> canvases, bool flipY);
+// Draws each colour block of the design into a canvas of its own, all in one
+// walk: `canvases` holds sets of `colors` canvases, one set per picture size,
+// and canvas i of a set ends up as `Render(i)` with thin flat lines, no jumps
+// and no markers would leave it, each keeping its own pen. The canvases must
+// be created, those of a set at one size; they are cleared to their
+// backgrounds and fitted here. Nodes are marked STITCH_DRAWN when their own
+// colour's canvas of the last set drew them.
+void RenderBlocksApart(Design& design, std::span<StitchBitmap> canvases, size_t colors, bool flipY);
 
 }  // namespace fennick
