@@ -1,31 +1,53 @@
 // Writes the large sample design (satin columns and fill rows) as a file, so
-// that whole commands can be timed: fennick_make_large big.dst [STITCHES]
+// that whole commands can be timed:
+//   fennick_make_large FILE [STITCHES] [--fit WIDTHxHEIGHT]
+// --fit lays the tiles over each other within WIDTH by HEIGHT stitch units, so
+// that the design passes the hoop fit and the whole save pipeline runs.
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <string>
 
-#include "core/file_io.h"
 #include "core/design_path.h"
+#include "core/file_io.h"
 #include "core/format_table.h"
 #include "tools/sample_design.h"
 
 int main(int argc, char** argv) {
-  if (argc < 2) {
-    std::fprintf(stderr, "usage: fennick_make_large FILE [STITCHES]\n");
+  const char* file = nullptr;
+  size_t stitches = 1'000'000;
+  long fitWidth = 0, fitHeight = 0;
+  for (int i = 1; i < argc; ++i) {
+    if (std::strcmp(argv[i], "--fit") == 0 && i + 1 < argc) {
+      char* cross = nullptr;
+      fitWidth = std::strtol(argv[++i], &cross, 10);
+      fitHeight = (*cross == 'x' || *cross == 'X') ? std::strtol(cross + 1, nullptr, 10) : 0;
+      if (fitWidth <= 0 || fitHeight <= 0) {
+        std::fprintf(stderr, "fennick_make_large: --fit takes WIDTHxHEIGHT in stitch units\n");
+        return 2;
+      }
+    } else if (file == nullptr) {
+      file = argv[i];
+    } else {
+      stitches = std::strtoull(argv[i], nullptr, 10);
+    }
+  }
+  if (file == nullptr) {
+    std::fprintf(stderr, "usage: fennick_make_large FILE [STITCHES] [--fit WIDTHxHEIGHT]\n");
     return 2;
   }
-  const size_t stitches = argc > 2 ? std::strtoull(argv[2], nullptr, 10) : 1'000'000;
-  fennick::Design design = fennick::LargeSampleDesign(stitches);
-  design.name = argv[1];
-  const std::string extension = fennick::DesignPath(argv[1]).GetExtension();
+  fennick::Design design =
+      fennick::LargeSampleDesign(stitches, static_cast<int32_t>(fitWidth), static_cast<int32_t>(fitHeight));
+  design.name = file;
+  const std::string extension = fennick::DesignPath(file).GetExtension();
   std::vector<uint8_t> bytes;
   if (fennick::WriteDesignFile(design, bytes, fennick::FormatFromExtension(extension)) == 0) {
-    std::fprintf(stderr, "fennick_make_large: cannot write %s\n", argv[1]);
+    std::fprintf(stderr, "fennick_make_large: cannot write %s\n", file);
     return 1;
   }
   std::string error;
-  if (!fennick::WriteFileAtomic(argv[1], bytes, &error)) {
-    std::fprintf(stderr, "fennick_make_large: %s: %s\n", argv[1], error.c_str());
+  if (!fennick::WriteFileAtomic(file, bytes, &error)) {
+    std::fprintf(stderr, "fennick_make_large: %s: %s\n", file, error.c_str());
     return 1;
   }
   return 0;

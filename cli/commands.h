@@ -5,6 +5,8 @@
 #include <vector>
 
 #include "core/design.h"
+#include "core/format_table.h"
+#include "core/preferences.h"
 #include "tools/bitmap_file.h"
 
 namespace fennick::cli {
@@ -29,9 +31,17 @@ int RunRender(const Arguments& arguments);
 int RunZip(const Arguments& arguments);
 int RunColors(const Arguments& arguments);
 
+// The many-file form of convert: every design of `inputs` (files, folders
+// searched recursively, ZIP files, "Zip:" members) saved as `extension` into
+// `folder` with `settings`, on every core. Returns the exit status.
+int ConvertBatch(const std::vector<std::string>& inputs, const std::string& extension, const std::string& folder,
+                 const ConversionSettings& settings);
+
 // Reads a design through ReadDesignFile; on failure prints one line naming the
 // file and the cause and returns false.
 bool LoadDesign(const std::string& path, Design& design);
+// LoadDesign without the printing: "" when the design was read, else the cause.
+std::string ReadDesignOrCause(const std::string& path, Design& design, LastFile lastFile);
 // Writes a file atomically; on failure prints one line and returns false.
 bool SaveFile(const std::string& path, const std::vector<uint8_t>& bytes);
 // Renders the design into OUT, a .png or a .bmp by its extension; on failure

@@ -34,12 +34,21 @@ bool ParseHoop(const std::string& text, int32_t& width, int32_t& height) {
          ParseCount(text.substr(cross + 1), height) && width > 0 && height > 0;
 }
 
+// The many-file form: --to EXT and --out DIR; both empty for the single one.
+struct BatchTarget {
+  std::string extension;
+  std::string folder;
+};
+
 // Returns 0, or the exit status of a bad argument after its one line.
-int ParseArguments(const Arguments& arguments, std::vector<std::string>& names, Overrides& overrides) {
+int ParseArguments(const Arguments& arguments, std::vector<std::string>& names, Overrides& overrides,
+                   BatchTarget& batch) {
   for (size_t i = 0; i < arguments.size(); ++i) {
     const std::string& argument = arguments[i];
     const bool hasValue = i + 1 < arguments.size();
-    if (argument == "--pes5" || argument == "--no-pes5") {
+    if ((argument == "--to" || argument == "--out") && hasValue) {
+      (argument == "--to" ? batch.extension : batch.folder) = arguments[++i];
+    } else if (argument == "--pes5" || argument == "--no-pes5") {
       overrides.pes5 = argument == "--pes5" ? 1 : 0;
     } else if (argument == "--rotate" || argument == "--no-rotate") {
       overrides.rotate = argument == "--rotate" ? 1 : 0;
@@ -63,6 +72,13 @@ int ParseArguments(const Arguments& arguments, std::vector<std::string>& names, 
     } else {
       names.push_back(argument);
     }
+  }
+  if (!batch.extension.empty() || !batch.folder.empty()) {
+    if (batch.extension.empty() || batch.folder.empty() || names.empty()) {
+      ReportError("convert", "--to EXT and --out DIR convert the designs named after them");
+      return 2;
+    }
+    return 0;
   }
   if (names.size() != 2) {
     ReportError("convert", "name the design to read and the file to write");
@@ -110,21 +126,28 @@ FormatCode SavedFormat(FormatCode target) {
 int RunConvert(const Arguments& arguments) {
   std::vector<std::string> names;
   Overrides overrides;
-  if (const int status = ParseArguments(arguments, names, overrides); status != 0) return status;
-  const std::string& input = names[0];
-  const std::string& output = names[1];
-  const FormatCode format = SavedFormat(FormatFromExtension(LowerExtension(output)));
+  BatchTarget batch;
+  if (const int status = ParseArguments(arguments, names, overrides, batch); status != 0) return status;
+  const bool isBatch = !batch.extension.empty();
+  std::string extension = isBatch ? AsciiLower(batch.extension) : LowerExtension(names[1]);
+  if (!extension.empty() && extension[0] == '.') extension.erase(0, 1);
+  const FormatCode format = SavedFormat(FormatFromExtension(extension));
   if (format == kFormatUnknown) {
-    ReportError(output, "no writer for the extension \"." + LowerExtension(output) + "\"");
+    ReportError(isBatch ? "--to" : names[1], "no writer for the extension \"." + extension + "\"");
     return 2;
   }
-  Design design;
-  if (!LoadDesign(input, design)) return 1;
-  // This command is the Save As: its settings are the ones the PES writer follows.
+  // This command is the Save As: its settings are the ones the PES writer
+  // follows. Set once, before any design of a batch is read.
   ConversionSettings settings;
   ReadConversion(AsciiLower(FormatExtension(format == kFormatTxt ? kFormatPes : format)), settings);
   Apply(overrides, settings);
   SetSaveAsConversion(settings);
+  if (isBatch) return ConvertBatch(names, extension, batch.folder, settings);
+
+  const std::string& input = names[0];
+  const std::string& output = names[1];
+  Design design;
+  if (!LoadDesign(input, design)) return 1;
   // The target's name gives the label that formats such as DST carry. The
   // pipeline reports its own failures under "Save Error".
   design.name = output;

@@ -17,8 +17,7 @@ constexpr Command kCommands[] = {
      "with y up, colour blocks, bounds and node counts.",
      fennick::cli::RunDump},
     {"convert",
-     "fennick convert IN OUT [--hoop WxH] [--rotate|--no-rotate] [--shrink PCT] [--split-stitches N] "
-     "[--split-colors N] [--pes5|--no-pes5]",
+     "fennick convert IN OUT [OPTIONS] | convert --to EXT INPUT... --out DIR [OPTIONS]",
      "Reads IN and saves it as OUT's extension asks, through the save pipeline and the stored\n"
      "conversion settings of that format (see 'fennick settings list'): the design is fitted to the\n"
      "hoop, turned a quarter or shrunk where that is allowed and helps, and split into OUT, \"OUT 2\",\n"
@@ -31,7 +30,16 @@ constexpr Command kCommands[] = {
      "  --split-stitches N    at most N stitches a file; 0 turns this split off\n"
      "  --split-colors N      at most N colours a file; 0 turns this split off\n"
      "  --pes5, --no-pes5     PES version 5 and 6 with the real thread colours, or the plain palette\n"
-     "A design too big for the hoop is refused with \"Save Error\" and exit status 1.",
+     "A design too big for the hoop is refused with \"Save Error\" and exit status 1.\n"
+     "\n"
+     "With --to EXT and --out DIR it converts many designs to EXT, on every core. INPUTs are design\n"
+     "files, folders (every file with a reader, searched recursively, in sorted order), ZIP files\n"
+     "(every design member) and \"Zip:archive.zip:member\" paths. Each design is saved into DIR as\n"
+     "its name with EXT, split pieces as \"name 2\"...; a name already taken, by an earlier input or\n"
+     "by a file in DIR, becomes \"name(2)\", so nothing is overwritten. One line per design, in input\n"
+     "order: \"IN -> DIR/name.ext\" or \"IN: cause\" (\"Save Error\" messages included), then\n"
+     "\"N converted, M failed, S s\". A progress bar goes to standard error when it is a terminal.\n"
+     "A bad design never stops the rest; the exit status is 1 when any failed.",
      fennick::cli::RunConvert},
     {"formats", "fennick formats",
      "Lists every format: whether it is read and written (PEC, PHC, PHB and PHD are written as PES,\n"

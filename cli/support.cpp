@@ -43,38 +43,31 @@ std::string HexColor(uint32_t rgb) {
   return text;
 }
 
-bool LoadDesign(const std::string& path, Design& design) {
+std::string ReadDesignOrCause(const std::string& path, Design& design, LastFile lastFile) {
   const std::string extension = LowerExtension(path);
   const FormatEntry* format = FindFormat(FormatFromExtension(extension));
   if (format == nullptr || format->read == nullptr) {
-    ReportError(path, extension.empty() ? "no file extension to tell the design format"
-                                        : "no reader for the extension \"." + extension + "\"");
-    return false;
+    return extension.empty() ? "no file extension to tell the design format"
+                             : "no reader for the extension \"." + extension + "\"";
   }
   if (path.rfind("Zip:", 0) != 0) {
     struct stat info {};
-    if (stat(path.c_str(), &info) != 0) {
-      ReportError(path, "no such file");
-      return false;
-    }
-    if (S_ISDIR(info.st_mode)) {
-      ReportError(path, "is a folder, not a design file");
-      return false;
-    }
-    if (info.st_size == 0) {
-      ReportError(path, "the file is empty");
-      return false;
-    }
+    if (stat(path.c_str(), &info) != 0) return "no such file";
+    if (S_ISDIR(info.st_mode)) return "is a folder, not a design file";
+    if (info.st_size == 0) return "the file is empty";
   }
-  if (ReadDesignFile(design, path) != 0) {
-    ReportError(path, std::string("cannot be read as a ") + format->extension + " design");
-    return false;
+  if (ReadDesignFile(design, path, lastFile) != 0) {
+    return std::string("cannot be read as a ") + format->extension + " design";
   }
-  if (design.stitches.Empty()) {
-    ReportError(path, std::string("holds no stitches (not a ") + format->extension + " design?)");
-    return false;
-  }
-  return true;
+  if (design.stitches.Empty()) return std::string("holds no stitches (not a ") + format->extension + " design?)";
+  return {};
+}
+
+bool LoadDesign(const std::string& path, Design& design) {
+  const std::string cause = ReadDesignOrCause(path, design, LastFile::kRecord);
+  if (cause.empty()) return true;
+  ReportError(path, cause);
+  return false;
 }
 
 bool SaveFile(const std::string& path, const std::vector<uint8_t>& bytes) {

@@ -29,11 +29,11 @@ int ReadDesignBytes(const std::string& path, std::vector<uint8_t>& bytes) {
   return ReadWholeFile(location.FullName(), bytes) == FileRead::kOk ? 0 : -1;
 }
 
-int ReadDesignFile(Design& design, const std::string& path) {
+int ReadDesignFile(Design& design, const std::string& path, LastFile lastFile) {
   if (EqualsIgnoringCase(design.name, path)) return 0;  // already loaded
   const DesignPath location(path);
   design.name = path;
-  RememberLastFile(location.FullName());
+  if (lastFile == LastFile::kRecord) RememberLastFile(location.FullName());
 
   std::vector<uint8_t> bytes;
   if (ReadDesignBytes(path, bytes) != 0) return -1;

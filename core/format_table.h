@@ -67,10 +67,15 @@ int WritableExtensions(std::vector<std::string>* list);
 // zero-terminated names that the host is given.
 std::span<const char* const> WritableExtensionsUpper();
 
+// Whether a read records its file as the profile's "Last File".
+enum class LastFile { kRecord, kLeave };
+
 // Loads the design at `path` (text form of DesignPath). Returns 0, or -1 on
 // failure, in which case the design may hold a partial result and keeps the
 // new name: a second call with the same path returns 0 without reading.
-int ReadDesignFile(Design& design, const std::string& path);
+// kLeave is for reading many designs at once, from any thread: the profile
+// file is then neither rewritten per design nor written by several threads.
+int ReadDesignFile(Design& design, const std::string& path, LastFile lastFile = LastFile::kRecord);
 // The bytes of the plain file or ZIP member that `path` names, read as
 // ReadDesignFile reads them, without the zero byte it adds. 0, or -1 when
 // nothing can be read. Readers that need a file beside their own use it.

@@ -2,10 +2,13 @@
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <fstream>
 #include <sstream>
+#include <vector>
 
+#include "core/format_table.h"
 #include "tests/test_support.h"
 
 namespace fennick {
@@ -273,6 +276,87 @@ TEST_F(CliTest, ZipMembersAreAddedListedReadAndDeleted) {
   EXPECT_EQ(std::filesystem::file_size(folder.File("d.zip")), 22u);
   EXPECT_NE(Run("info " + member).status, 0);
   EXPECT_EQ(Run("zip frobnicate d.zip").status, 2);
+}
+
+std::vector<std::string> Lines(const std::string& text) {
+  std::vector<std::string> lines;
+  std::istringstream in(text);
+  for (std::string line; std::getline(in, line);) lines.push_back(line);
+  return lines;
+}
+
+TEST_F(CliTest, BatchConvertsAFolderReportingEachDesignInOrder) {
+  namespace fs = std::filesystem;
+  fs::create_directories(folder.File("in"));
+  // Every sample with a reader, their many shared stems included; the rest
+  // (colour files, notes) must be passed over.
+  std::vector<std::string> good;
+  for (const fs::directory_entry& entry : fs::directory_iterator(FENNICK_TEST_DATA)) {
+    fs::copy_file(entry.path(), folder.Path() / "in" / entry.path().filename());
+    const FormatEntry* format = FindFormat(FormatFromExtension(entry.path().extension().string().substr(1)));
+    if (format != nullptr && format->read != nullptr) good.push_back("in/" + entry.path().filename().string());
+  }
+  folder.Write("in/junk.dst", std::vector<uint8_t>(300, 0x55));
+  std::vector<std::string> inputs = good;
+  inputs.push_back("in/junk.dst");
+  std::sort(inputs.begin(), inputs.end());
+
+  const Outcome outcome = Run("convert --to pes in --out out");
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.err, "");
+  const std::vector<std::string> lines = Lines(outcome.out);
+  ASSERT_EQ(lines.size(), inputs.size() + 1) << outcome.out;
+  for (size_t i = 0; i < inputs.size(); ++i) {
+    if (inputs[i] == "in/junk.dst") {
+      EXPECT_EQ(lines[i], "in/junk.dst: holds no stitches (not a DST design?)");
+    } else {
+      EXPECT_EQ(lines[i].rfind(inputs[i] + " -> out/", 0), 0u) << lines[i];
+    }
+  }
+  EXPECT_EQ(lines.back().rfind(std::to_string(good.size()) + " converted, 1 failed, ", 0), 0u) << lines.back();
+
+  // One file per good design, none overwritten, each read back.
+  size_t files = 0;
+  for (const fs::directory_entry& entry : fs::directory_iterator(folder.File("out"))) {
+    ++files;
+    Design design;
+    EXPECT_EQ(ReadDesignFile(design, entry.path().string(), LastFile::kLeave), 0) << entry.path();
+    EXPECT_FALSE(design.stitches.Empty()) << entry.path();
+  }
+  EXPECT_EQ(files, good.size());
+  // Reading for a batch leaves the profile (its "Last File") alone.
+  EXPECT_FALSE(fs::exists(folder.File("config/selvane/FennickAddin.reg")));
+}
+
+TEST_F(CliTest, BatchTakesZipFilesAndMembersAndNeverOverwrites) {
+  ASSERT_EQ(Run("zip add d.zip '" + sample + "' Designs/Geo.DST").status, 0);
+  ASSERT_EQ(Run("zip add d.zip '" + std::string(FENNICK_TEST_DATA) + "/Star.pcs' Star.pcs").status, 0);
+  std::filesystem::create_directories(folder.File("out"));
+  folder.Write("out/Geo 2.dst", {'k', 'e', 'e', 'p'});
+  const struct {
+    std::string arguments;
+    int status;
+    std::string out;  // without the summary's time
+  } cases[] = {
+      // Four colours, two a file; the second piece keeps off the file already there.
+      {"d.zip 'Zip:d.zip:designs/geo.dst' --split-colors 2", 0,
+       "Zip:d.zip:Designs/Geo.DST -> out/Geo.dst, out/Geo 2(2).dst\n"
+       "Zip:d.zip:Star.pcs -> out/Star.dst\n"
+       "Zip:d.zip:designs/geo.dst -> out/geo(2).dst, out/geo(2) 2.dst\n"
+       "3 converted, 0 failed, "},
+      // The pipeline's message box lands on its design's line, not on standard error.
+      {"'Zip:d.zip:Star.pcs' missing.dst --hoop 20x20 --shrink 0", 1,
+       "Zip:d.zip:Star.pcs: Save Error: out/Star(2).dst is too big for the current hoop.\n"
+       "missing.dst: no such file\n"
+       "0 converted, 2 failed, "},
+  };
+  for (const auto& c : cases) {
+    const Outcome outcome = Run("convert --to dst " + c.arguments + " --out out");
+    EXPECT_EQ(outcome.status, c.status) << c.arguments;
+    EXPECT_EQ(outcome.out.substr(0, c.out.size()), c.out) << c.arguments;
+    EXPECT_EQ(outcome.err, "") << c.arguments;
+  }
+  EXPECT_EQ(folder.Read("out/Geo 2.dst"), (std::vector<uint8_t>{'k', 'e', 'e', 'p'}));
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "tools/sample_design.h"
 
+#include <algorithm>
 #include <cmath>
 #include <numbers>
 
@@ -118,19 +119,28 @@ Design SampleDesign() {
   return design;
 }
 
-Design LargeSampleDesign(size_t stitchCount) {
+Design LargeSampleDesign(size_t stitchCount, int32_t fitWidth, int32_t fitHeight) {
   static const ThreadColor kColors[] = {Thread("Navy", 20, 40, 120), Thread("Leaf Green", 60, 160, 60),
                                         Thread("Crimson", 200, 20, 50), Thread("Gold", 230, 180, 30)};
   constexpr double kTile = 260;   // stitch units from one tile to the next
   constexpr int kColumns = 40;
   constexpr int kTilesPerColor = 60;
+  // A tile's extent: the satin's half width left of its column, the fill to its right.
+  constexpr double kTileWidth = 258, kTileHeight = 220;
+  int columns = kColumns;
+  int places = 0;  // 0: every tile has a place of its own
+  if (fitWidth > 0 && fitHeight > 0) {
+    columns = std::max(1, static_cast<int>((fitWidth - kTileWidth) / kTile) + 1);
+    places = columns * std::max(1, static_cast<int>((fitHeight - kTileHeight) / kTile) + 1);
+  }
   Design design;
   design.name = "large-sample.dst";
   design.stitches.Reserve(stitchCount + 2048);
   Sewer sewer(design);
   for (int tile = 0; design.stitches.Size() < stitchCount; ++tile) {
     if (tile % kTilesPerColor == 0) sewer.NewColor(kColors[(tile / kTilesPerColor) % 4]);
-    const double x = (tile % kColumns) * kTile, y = (tile / kColumns) * kTile;
+    const int place = places > 0 ? tile % places : tile;
+    const double x = (place % columns) * kTile, y = (place / columns) * kTile;
     sewer.SatinColumn(x, y, x, y + 220, 36);
     sewer.Fill(x + 40, y, 200, 220);
   }

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 
 #include "core/design.h"
 
@@ -13,7 +14,10 @@ namespace fennick {
 // with jumps between the objects. About 1,000 stitches.
 Design SampleDesign();
 // Tiles of satin columns and fill rows until the design holds at least
-// `stitchCount` nodes.
-Design LargeSampleDesign(size_t stitchCount);
+// `stitchCount` nodes, in rows of 40 tiles, so that it grows without bound.
+// With a fit of `fitWidth` by `fitHeight` stitch units (both above 0) the tiles
+// wrap round and lie over each other within that area: the same stitches, in a
+// design that a hoop takes.
+Design LargeSampleDesign(size_t stitchCount, int32_t fitWidth = 0, int32_t fitHeight = 0);
 
 }  // namespace fennick
