@@ -216,6 +216,20 @@ void Design::SplitLongStitches(int32_t maxStep, int32_t /*unused*/, bool pureJum
     node->dx = 0;
     node->dy = 0;
     if (!pureJumps) {
+      // Every step's cut-off fraction lands on the last piece, which over many
+      // steps can pass maxStep, and no writer could encode it: such a piece is
+      // shared out evenly over as many jumps as it needs.
+      const int64_t rest = std::max(std::llabs(last->dx), std::llabs(last->dy));
+      if (rest > maxStep) {
+        const int64_t pieces = (rest + maxStep - 1) / maxStep;
+        const int64_t restX = last->dx, restY = last->dy;
+        for (int64_t i = 1; i < pieces; ++i) {
+          stitches.InsertBefore(last, Wrap32(restX * i / pieces - restX * (i - 1) / pieces),
+                                Wrap32(restY * i / pieces - restY * (i - 1) / pieces), STITCH_JUMP);
+        }
+        last->dx = Wrap32(restX - restX * (pieces - 1) / pieces);
+        last->dy = Wrap32(restY - restY * (pieces - 1) / pieces);
+      }
       // The node stays as a zero stitch at the landing point.
       node->flags &= ~STITCH_JUMP;
       node = node->Next();

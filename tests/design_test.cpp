@@ -185,12 +185,14 @@ TEST(DesignSplitLongStitches, CutsMovesLongerThanMaxStep) {
            // stops are left alone.
            Case{"pure jumps with stop", 121, true, {{10, 0, 0}, {50, 0, S | J}, {300, 0, S}},
                 {{10, 0, 0}, {50, 0, S | J}, {100, 0, J | S}, {100, 0, J}, {100, 0, J}}},
-           // 29 at 10: steps of 9, the last grows to 11. Only pureJumps checks
-           // it again.
+           // 29 at 10: steps of 9, the last grows to 11. pureJumps checks it
+           // again; otherwise it is shared out over two jumps, and a split
+           // move never passes maxStep either way.
            Case{"pure jumps recheck", 10, true, {{29, 0, 0}}, {{9, 0, J}, {9, 0, J}, {5, 0, J}, {6, 0, J}}},
-           Case{"no recheck", 10, false, {{29, 0, 0}}, {{9, 0, J}, {9, 0, J}, {11, 0, J}, {0, 0, 0}}},
-           // 50000 narrowed to 16 bits is -15536; the last step keeps the sum.
-           Case{"16-bit steps", 50000, false, {{100000, 0, 0}}, {{-15536, 0, J}, {115536, 0, J}, {0, 0, 0}}},
+           Case{"long rest shared out", 10, false, {{29, 0, 0}}, {{9, 0, J}, {9, 0, J}, {5, 0, J}, {6, 0, J}, {0, 0, 0}}},
+           // 50000 narrowed to 16 bits is -15536; the rest of 115536 keeps the sum.
+           Case{"16-bit steps", 50000, false, {{100000, 0, 0}},
+                {{-15536, 0, J}, {38512, 0, J}, {38512, 0, J}, {38512, 0, J}, {0, 0, 0}}},
        }) {
     SCOPED_TRACE(c.name);
     Design design = MakeDesign(c.nodes);

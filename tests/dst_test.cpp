@@ -174,6 +174,27 @@ TEST(DstRoundTrip, EveryMoveUpTo121SurvivesAndLongerOnesAreSplit) {
   }
 }
 
+TEST(DstRoundTrip, LongJumpsComeBackWhole) {
+  // 20 steps of trunc(-119.9) would leave -137 on the last record, beyond
+  // what a record holds; every length lands where it was sent.
+  for (const int32_t dx : {-2398, -1450, 1450, 4000, -32000}) {
+    Design design;
+    design.threads.resize(1);
+    SetNodes(design, {{10, 0, 0}, {dx, 40, STITCH_JUMP}, {10, 5, 0}});
+    std::vector<uint8_t> out;
+    ASSERT_EQ(WriteDst(design, out), 0);
+    Design read;
+    ReadDst(read, AsReaderInput(out));
+    std::vector<Node> moves;
+    for (const Node& node : Nodes(read)) {
+      if (std::get<0>(node) != 0 || std::get<1>(node) != 0) moves.push_back(node);
+    }
+    ASSERT_GE(moves.size(), 2u) << dx;
+    EXPECT_EQ(moves[moves.size() - 2], Node(dx, 40, STITCH_JUMP)) << dx;
+    EXPECT_EQ(moves.back(), Node(10, 5, 0)) << dx;
+  }
+}
+
 TEST(DstReader, RealSampleFile) {
   // geometric_objects.dst: 8330 records, 3 colour changes; its header gives
   // +X 411, -X 412, +Y 424, -Y 424. The PES tests hold its stitches against
