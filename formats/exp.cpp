@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "core/byte_cursor.h"
+#include "formats/long_moves.h"
 
 namespace fennick {
 namespace {
@@ -11,37 +12,11 @@ constexpr int8_t kEscape = -128;
 constexpr uint8_t kColorChange = 0x01;
 constexpr uint8_t kJump = 0x04;
 constexpr int32_t kSplitStep = 121;
-constexpr int64_t kLongestMove = 123;
-
-// The part of `d` beyond the longest move; `d` keeps the rest.
-int64_t ClampMove(int32_t& d) {
-  const int64_t clamped = std::clamp<int64_t>(d, -kLongestMove, kLongestMove);
-  const int64_t rest = int64_t{d} - clamped;
-  d = static_cast<int32_t>(clamped);
-  return rest;
-}
+constexpr int32_t kLongestMove = 123;
 
 void PrepareStitches(Design& design) {
   design.SplitLongStitches(kSplitStep, 0, false);
-  StitchList& stitches = design.stitches;
-  for (StitchNode* p = stitches.Head(); p != nullptr; p = p->Next()) {
-    if (p->IsColorStop()) {
-      const uint32_t jump = p->flags & STITCH_JUMP;
-      p->flags &= ~STITCH_JUMP;
-      if (p->HasMove()) {
-        stitches.InsertBefore(p, 0, 0, STITCH_COLORSTOP);
-        p->flags = (p->flags & ~STITCH_COLORSTOP) | jump;
-      }
-    }
-    const int64_t restX = ClampMove(p->dx);
-    const int64_t restY = ClampMove(p->dy);
-    if (restX != 0 || restY != 0) {
-      p->flags |= STITCH_JUMP;
-      stitches.InsertAfter(p, static_cast<int32_t>(restX), static_cast<int32_t>(restY), 0);
-    } else if (p->IsJump()) {
-      p = stitches.InsertAfter(p, 0, 0, 0);
-    }
-  }
+  ChainLongMoves(design, kLongestMove, false);
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include "core/byte_cursor.h"
 #include "core/user_interface.h"
 #include "formats/hus_vip_streams.h"
+#include "formats/long_moves.h"
 
 namespace fennick {
 namespace {
@@ -73,7 +74,7 @@ int WriteHusFile(Design& design, std::vector<uint8_t>& out) {
       }
     }
     // A cut node goes on with its rest, which may need cutting again.
-    if (CutHusVipMove(design, node) == nullptr && node->IsJump()) {
+    if (CutLongMove(design.stitches, node, kByteMoveLimit) == nullptr && node->IsJump()) {
       node = design.stitches.InsertAfter(node, 0, 0, 0);
     }
   }

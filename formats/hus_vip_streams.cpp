@@ -20,7 +20,6 @@ constexpr uint8_t kCommandJump = 0x01;
 constexpr uint8_t kCommandStop = 0x04;
 // Never written, but files of other programs set them: the next node is a jump too.
 constexpr uint8_t kCommandNextJump = 0x02 | 0x08;
-constexpr int32_t kLongestMove = 127;
 // Streams get room for this many bytes more than the stitch count.
 constexpr size_t kStreamSlack = 10;
 // A stitch count beyond this many stitches a file byte (plus a little) is
@@ -155,17 +154,6 @@ bool ReadHusVipStitches(Design& design, std::span<const uint8_t> bytes, const Hu
   design.ReclassifyJumps();
   design.Centre();
   return true;
-}
-
-StitchNode* CutHusVipMove(Design& design, StitchNode* node) {
-  const int32_t dx = std::clamp(node->dx, -kLongestMove, kLongestMove);
-  const int32_t dy = std::clamp(node->dy, -kLongestMove, kLongestMove);
-  if (dx == node->dx && dy == node->dy) return nullptr;
-  StitchNode* rest = design.stitches.InsertAfter(node, node->dx - dx, node->dy - dy, 0);
-  node->dx = dx;
-  node->dy = dy;
-  node->flags |= STITCH_JUMP;
-  return rest;
 }
 
 }  // namespace fennick

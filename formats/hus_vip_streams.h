@@ -40,9 +40,4 @@ bool ReadHusVipHeader(std::span<const uint8_t> bytes, HusVipHeader& header);
 bool ReadHusVipStitches(Design& design, std::span<const uint8_t> bytes, const HusVipHeader& header,
                         const std::string& name);
 
-// Cuts a move beyond 127 units in either axis to 127 (-127 below), flags the
-// node a jump and puts the rest behind it in a new stitch, which is returned;
-// null when the move fits.
-StitchNode* CutHusVipMove(Design& design, StitchNode* node);
-
 }  // namespace fennick

@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include "core/byte_cursor.h"
+#include "formats/long_moves.h"
 #include "threads/palettes.h"
 
 namespace fennick {
@@ -19,43 +20,13 @@ constexpr int8_t kColorChange = 1;
 constexpr int8_t kJump = 2;
 constexpr int8_t kEnd = 16;
 
-constexpr int64_t kLongestMove = 126;
+constexpr int32_t kLongestMove = 126;
 constexpr int32_t kSmallHoop = 550;  // the bounds a design may reach for hoop code 0
 constexpr int32_t kTypeCode = 13;    // written once per thread after the palette numbers
 
-// The part of `d` beyond the longest move; `d` keeps the rest.
-int64_t ClampMove(int32_t& d) {
-  const int64_t clamped = std::clamp<int64_t>(d, -kLongestMove, kLongestMove);
-  const int64_t rest = int64_t{d} - clamped;
-  d = static_cast<int32_t>(clamped);
-  return rest;
-}
-
 // Stops become pure and stand before a zero stitch and the stop's own move;
 // long moves become chains of clamped jumps; every jump gets an anchoring stitch.
-void PrepareStitches(Design& design) {
-  StitchList& stitches = design.stitches;
-  for (StitchNode* p = stitches.Head(); p != nullptr; p = p->Next()) {
-    if (p->IsColorStop()) {
-      const uint32_t jump = p->flags & STITCH_JUMP;
-      p->flags &= ~STITCH_JUMP;
-      if (p->HasMove()) {
-        stitches.InsertBefore(p, 0, 0, STITCH_COLORSTOP);
-        stitches.InsertBefore(p, 0, 0, 0);
-        p->flags = (p->flags & ~STITCH_COLORSTOP) | jump;
-      }
-    }
-    const int64_t restX = ClampMove(p->dx);
-    const int64_t restY = ClampMove(p->dy);
-    if (restX != 0 || restY != 0) {
-      p->flags |= STITCH_JUMP;
-      // The rest is clamped in turn when the walk reaches it.
-      stitches.InsertAfter(p, static_cast<int32_t>(restX), static_cast<int32_t>(restY), 0);
-    } else if (p->IsJump()) {
-      p = stitches.InsertAfter(p, 0, 0, 0);
-    }
-  }
-}
+void PrepareStitches(Design& design) { ChainLongMoves(design, kLongestMove, true); }
 
 uint32_t Magnitude(int32_t value) { return static_cast<uint32_t>(std::llabs(int64_t{value})); }
 

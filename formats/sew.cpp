@@ -4,6 +4,7 @@
 #include <array>
 
 #include "core/byte_cursor.h"
+#include "formats/long_moves.h"
 #include "threads/palettes.h"
 #include "tools/render/design_renderer.h"
 
@@ -13,7 +14,6 @@ namespace {
 constexpr size_t kStreamOffset = 7544;
 constexpr size_t kCountsOffset = 50;
 constexpr size_t kMaxThreads = 12;
-constexpr int32_t kLongestMove = 127;
 // Where the written design sits relative to its centre: 17.5 mm right, 10 mm down.
 constexpr int32_t kShiftX = 175;
 constexpr int32_t kShiftY = -100;
@@ -114,35 +114,6 @@ std::vector<uint8_t> Outline(const std::vector<uint8_t>& drawn) {
   return outline;
 }
 
-// Cuts every move to 127 units an axis and anchors each jump with a stitch on
-// the spot; a stop carrying a move gets a pure stop of its own before it.
-void PrepareNodes(Design& design) {
-  StitchList& list = design.stitches;
-  for (StitchNode* node = list.Head(); node != nullptr;) {
-    if (node->IsColorStop()) {
-      const uint32_t jump = node->flags & STITCH_JUMP;
-      node->flags &= ~STITCH_JUMP;
-      if (node->HasMove()) {
-        list.InsertBefore(node, 0, 0, STITCH_COLORSTOP);
-        node->flags = (node->flags & ~STITCH_COLORSTOP) | jump;
-      }
-    }
-    const int32_t dx = std::clamp(node->dx, -kLongestMove, kLongestMove);
-    const int32_t dy = std::clamp(node->dy, -kLongestMove, kLongestMove);
-    const int32_t restX = node->dx - dx, restY = node->dy - dy;
-    if (restX != 0 || restY != 0) {
-      node->dx = dx;
-      node->dy = dy;
-      node->flags |= STITCH_JUMP;
-      node = list.InsertAfter(node, restX, restY, 0);
-    } else if (node->IsJump()) {
-      node = list.InsertAfter(node, 0, 0, 0)->Next();
-    } else {
-      node = node->Next();
-    }
-  }
-}
-
 }  // namespace
 
 bool ReadSew(Design& design, std::span<const uint8_t> bytes) {
@@ -202,7 +173,7 @@ int WriteSew(Design& design, std::vector<uint8_t>& out) {
     design.stitches.PushFront(kShiftX, kShiftY, STITCH_JUMP);
   }
   for (ThreadColor& thread : design.threads) JefNearestColor(thread);
-  PrepareNodes(design);
+  ChainLongMoves(design, kByteMoveLimit, false);
 
   // Nodes per colour: a stop is counted with the colour it starts, and the
   // last colour is given one more.

@@ -76,11 +76,6 @@ int WriteVipFile(Design& design, std::vector<uint8_t>& out) {
   out.clear();
   if (design.threads.empty() || design.stitches.Empty()) return -1;
   design.SplitLongStitches(kLongestStitch, 0, false);
-  // Splitting rounds each piece towards zero and gives the last piece the
-  // rest, which on very long moves can pass what a signed byte holds.
-  for (StitchNode* node = design.stitches.Head(); node != nullptr; node = node->Next()) {
-    CutHusVipMove(design, node);
-  }
 
   const size_t threads = design.threads.size();
   std::vector<uint8_t> colors;
