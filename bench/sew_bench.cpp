@@ -1,7 +1,6 @@
 // Reading and writing a million-stitch design as SEW, pictures included. The
 // design fits the SEW hoop of 126 by 90 mm and its twelve colours.
-#include <benchmark/benchmark.h>
-
+#include "bench/bench_support.h"
 #include "formats/sew.h"
 
 namespace fennick {
@@ -38,37 +37,10 @@ const Design& HoopDesign() {
   return design;
 }
 
-template <typename Write>
-void WriteLoop(benchmark::State& state, const Design& source, Write write) {
-  std::vector<uint8_t> out;
-  for (auto _ : state) {
-    state.PauseTiming();
-    Design design = source;
-    state.ResumeTiming();
-    write(design, out);
-    benchmark::DoNotOptimize(out.data());
-  }
-  state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(kStitches));
-}
-
-template <typename Write, typename Read>
-void ReadLoop(benchmark::State& state, const Design& source, Write write, Read read) {
-  Design written = source;
-  std::vector<uint8_t> bytes;
-  write(written, bytes);
-  bytes.push_back(0);  // as ReadDesignFile hands files to readers
-  for (auto _ : state) {
-    Design design;
-    read(design, bytes);
-    benchmark::DoNotOptimize(design.stitches.Size());
-  }
-  state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(kStitches));
-}
-
-void BM_SewWrite(benchmark::State& state) { WriteLoop(state, HoopDesign(), WriteSew); }
+void BM_SewWrite(benchmark::State& state) { bench::WriteLoop(state, HoopDesign(), WriteSew); }
 BENCHMARK(BM_SewWrite)->Unit(benchmark::kMillisecond);
 
-void BM_SewRead(benchmark::State& state) { ReadLoop(state, HoopDesign(), WriteSew, ReadSew); }
+void BM_SewRead(benchmark::State& state) { bench::ReadLoop(state, HoopDesign(), WriteSew, ReadSew); }
 BENCHMARK(BM_SewRead)->Unit(benchmark::kMillisecond);
 
 }  // namespace
