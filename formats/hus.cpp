@@ -37,12 +37,9 @@ int HusNearestColor(uint8_t r, uint8_t g, uint8_t b) {
 }
 
 bool ReadHusFile(Design& design, std::span<const uint8_t> bytes) {
-  const std::string name = design.name;
-  if (name.empty()) return false;
-  design.Clear();
-  design.name = name;
   HusVipHeader header;
-  if (!ReadHusVipHeader(bytes, header)) return false;
+  if (!ReadHusVipHeader(design, bytes, header)) return false;
+  const std::string name = design.name;
   ByteReader reader(bytes, kHusVipFixedHeader);
   if (!reader.Has(2 * static_cast<size_t>(header.colorCount))) return false;
   design.threads.reserve(header.colorCount);

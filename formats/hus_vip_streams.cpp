@@ -95,7 +95,11 @@ bool AppendHusVipStreams(const Design& design, std::vector<uint8_t>& out) {
   return true;
 }
 
-bool ReadHusVipHeader(std::span<const uint8_t> bytes, HusVipHeader& header) {
+bool ReadHusVipHeader(Design& design, std::span<const uint8_t> bytes, HusVipHeader& header) {
+  const std::string name = design.name;
+  if (name.empty()) return false;
+  design.Clear();
+  design.name = name;
   ByteReader reader(bytes);
   header.signature = reader.U32LE();
   header.stitchCount = reader.U32LE();

@@ -30,8 +30,9 @@ void WriteHusVipHeader(std::vector<uint8_t>& out, uint32_t signature, uint32_t c
 // -127..127. False when the engine failed; `out` is then as it was.
 bool AppendHusVipStreams(const Design& design, std::vector<uint8_t>& out);
 
-// False when `bytes` are too short for the fixed header.
-bool ReadHusVipHeader(std::span<const uint8_t> bytes, HusVipHeader& header);
+// Clears the design, keeping its name, which both readers need, and reads the
+// fixed header. False for a design without a name or bytes too short.
+bool ReadHusVipHeader(Design& design, std::span<const uint8_t> bytes, HusVipHeader& header);
 
 // Unpacks the streams and appends their nodes to the design (which holds its
 // threads), then ends as these readers do: MergeJumps(false),

@@ -48,12 +48,9 @@ void UnscrambleVipColors(std::span<uint8_t> bytes) {
 }
 
 bool ReadVipFile(Design& design, std::span<const uint8_t> bytes) {
-  const std::string name = design.name;
-  if (name.empty()) return false;
-  design.Clear();
-  design.name = name;
   HusVipHeader header;
-  if (!ReadHusVipHeader(bytes, header)) return false;
+  if (!ReadHusVipHeader(design, bytes, header)) return false;
+  const std::string name = design.name;
   const size_t threads = header.colorCount;
   ByteReader reader(bytes, kColorTableOffset);
   if (!reader.Has(8 * threads)) return false;

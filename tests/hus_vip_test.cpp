@@ -113,7 +113,9 @@ TEST(HusVipReader, RealFilesGiveTheirColoursSizeAndStitches) {
   for (const Case& c : cases) {
     const std::vector<uint8_t> file = test::ReadTestFile(c.file);
     HusVipHeader header;
-    ASSERT_TRUE(ReadHusVipHeader(file, header));
+    Design named;
+    named.name = c.file;
+    ASSERT_TRUE(ReadHusVipHeader(named, file, header));
     EXPECT_EQ(header.stitchCount, c.stitches) << c.file;
     EXPECT_EQ(Streams(file)[0].size(), c.stitches) << c.file;
     Design design;
