@@ -5,6 +5,7 @@
 #include <fstream>
 #include <unistd.h>
 
+#include "core/embroidery_file.h"
 #include "core/user_interface.h"
 
 namespace fennick::fuzz {
@@ -59,13 +60,30 @@ void WriteFile(const std::filesystem::path& path, std::span<const uint8_t> bytes
   out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
 }
 
+size_t CountColorStops(const Design& design) {
+  size_t stops = 0;
+  for (const StitchNode& node : design.stitches) stops += node.IsColorStop() ? 1 : 0;
+  return stops;
+}
+
 void CheckWellFormed(const Design& design, const char* what) {
   if (design.stitches.Empty()) return;
   if (design.minX > design.maxX || design.minY > design.maxY) Fail(what, "bounds inverted");
-  size_t stops = 0;
-  for (const StitchNode& node : design.stitches) stops += node.IsColorStop() ? 1 : 0;
-  if (design.threads.empty()) Fail(what, "stitches without a thread");
-  if (design.threads.size() < stops + 1) Fail(what, "more colour stops than threads");
+  if (design.threads.size() != CountColorStops(design) + 1) Fail(what, "threads do not match the colour stops");
+}
+
+void CheckUsable(Design& design, const char* what) {
+  if (design.stitches.Empty()) return;
+  if (design.minX > design.maxX || design.minY > design.maxY) Fail(what, "bounds inverted");
+  // A damaged file may leave fewer threads than stops; what every later pass
+  // relies on is that normalizing mends it.
+  design.ComputeThreadStats();
+  if (design.NormalizeColorStops() == 0 && design.threads.size() != CountColorStops(design) + 1) {
+    Fail(what, "normalized threads do not match the colour stops");
+  }
+  design.ComputeThreadStats();
+  Design copy = design;
+  EncodeEmbroideryFile(copy);
 }
 
 }  // namespace fennick::fuzz

@@ -21,8 +21,14 @@ void Setup();
 
 void WriteFile(const std::filesystem::path& path, std::span<const uint8_t> bytes);
 
-// The checks a design read from any file must pass; aborts on a failure so
-// that libFuzzer keeps the input.
+size_t CountColorStops(const Design& design);
+
+// Both abort on a failure, so that libFuzzer keeps the input.
+// A design read back from a writer's file: sane bounds, one thread per stop plus one.
 void CheckWellFormed(const Design& design, const char* what);
+// A design read from any bytes: sane bounds, and the passes that every
+// command runs first (thread stats, normalizing the stops, the block form)
+// take it and leave it consistent.
+void CheckUsable(Design& design, const char* what);
 
 }  // namespace fennick::fuzz

@@ -45,6 +45,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   bytes.push_back(0);
   Design design;
   design.name = designPath.string();
-  if (format->read(design, bytes)) fuzz::CheckWellFormed(design, format->extension);
+  if (format->read(design, bytes)) fuzz::CheckUsable(design, format->extension);
   return 0;
 }
