@@ -10,7 +10,7 @@ cmake --build build/asan
 ctest --test-dir build/asan --output-on-failure -j "$(nproc)"
 
 # Threads and processes sharing the preference files and the handle table.
-cmake -S . -B build/tsan -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DFENNICK_TSAN=ON -DFENNICK_WERROR=ON -DFENNICK_BENCH=OFF
+cmake -S . -B build/tsan -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DFENNICK_TSAN=ON -DFENNICK_BENCH=OFF
 cmake --build build/tsan --target fennick_tests
 TSAN_OPTIONS="halt_on_error=1 second_deadlock_stack=1" build/tsan/tests/fennick_tests \
   --gtest_filter='GlobalMemory.*:PreferencesTest.Concurrent*:ConcurrentAccess.*'

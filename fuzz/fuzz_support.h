@@ -24,7 +24,7 @@ void WriteFile(const std::filesystem::path& path, std::span<const uint8_t> bytes
 size_t CountColorStops(const Design& design);
 
 // Both abort on a failure, so that libFuzzer keeps the input.
-// A design read back from a writer's file: sane bounds, one thread per stop plus one.
+// A design read back from a writer's file: sane bounds, a thread for every stop plus one.
 void CheckWellFormed(const Design& design, const char* what);
 // A design read from any bytes: sane bounds, and the passes that every
 // command runs first (thread stats, normalizing the stops, the block form)

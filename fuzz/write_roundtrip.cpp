@@ -45,6 +45,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const int32_t dy = static_cast<int32_t>(static_cast<int8_t>(data[i + 1])) * (1 << scale);
     design.stitches.PushBack(dx, dy, (flags & 2) != 0 ? STITCH_JUMP : 0);
   }
+  // Designs reach the writers in normal form (the block form normalizes); a
+  // leading stop would otherwise leave a thread that no stop starts.
+  if (design.NormalizeColorStops() != 0) return 0;
   design.ComputeBounds();
 
   std::vector<uint8_t> out;
