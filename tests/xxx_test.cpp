@@ -14,10 +14,6 @@
 namespace fennick {
 namespace {
 
-using test::AsReaderInput;
-using test::Node;
-using test::Nodes;
-using test::SetNodes;
 
 std::vector<uint8_t> Hex(const std::string& text) {
   std::vector<uint8_t> bytes;
@@ -61,7 +57,7 @@ TEST(XxxWriter, GoldenBytes) {
   design.maxX = 20;
   design.minY = -4;
   design.maxY = 9;
-  SetNodes(design, {{5, -3, STITCH_JUMP},
+  test::SetNodes(design, {{5, -3, STITCH_JUMP},
                     {10, 20, 0},
                     {0, 0, STITCH_COLORSTOP},
                     {200, 0, 0},
@@ -88,7 +84,7 @@ TEST(XxxWriter, GoldenBytes) {
   expected.insert(expected.end(), trailer.begin(), trailer.end());
   EXPECT_EQ(out, expected);
   // The long stitch is a jump from now on.
-  EXPECT_EQ(Nodes(design)[3], (Node{200, 0, STITCH_JUMP}));
+  EXPECT_EQ(test::Nodes(design)[3], (test::Node{200, 0, STITCH_JUMP}));
 }
 
 TEST(XxxWriter, OnlyFifteenColoursButEveryChange) {
@@ -116,12 +112,12 @@ TEST(XxxReader, CodesAndEndSteps) {
       "0a 00  7f 01 00 05  7e 00 00 c8 00  01 00  7f 08 00 00  7d 2c 01 00 00  7f 18  05 05  00 00 00 00",
       {chart[3].rgb, chart[5].rgb});
   Design design;
-  ASSERT_TRUE(ReadXxx(design, AsReaderInput(bytes)));
+  ASSERT_TRUE(ReadXxx(design, test::AsReaderInput(bytes)));
   // The jumps and their landing merge into (1, 205); positions span x 10..311
   // and y 0..205, so the head jump is (-160, -102), one lower for the odd height.
-  const std::vector<Node> expected = {{-160, -103, STITCH_JUMP}, {10, 0, 0}, {1, 205, STITCH_JUMP},
+  const std::vector<test::Node> expected = {{-160, -103, STITCH_JUMP}, {10, 0, 0}, {1, 205, STITCH_JUMP},
                                       {0, 0, STITCH_COLORSTOP},   {0, 0, 0},  {300, 0, 0}};
-  EXPECT_EQ(Nodes(design), expected);
+  EXPECT_EQ(test::Nodes(design), expected);
   ASSERT_EQ(design.threads.size(), 2u);
   EXPECT_EQ(design.threads[0].colorName, chart[3].colorName);
   EXPECT_EQ(design.threads[1].colorName, chart[5].colorName);
@@ -141,7 +137,7 @@ TEST(XxxReader, ColourSlotOfLateChanges) {
     for (int i = 0; i < 15; ++i) stream += "7f 0a 00 00 ";
     stream += "7f " + code + " 00 00  01 01  00 00 00 00";
     Design design;
-    ASSERT_TRUE(ReadXxx(design, AsReaderInput(XxxFile(stream, colors))));
+    ASSERT_TRUE(ReadXxx(design, test::AsReaderInput(XxxFile(stream, colors))));
     ASSERT_EQ(design.threads.size(), 17u) << code;
     EXPECT_EQ(design.threads[14].colorName, chart[14].colorName);
     EXPECT_EQ(design.threads[16].colorName, chart[slot].colorName) << code;
@@ -155,28 +151,16 @@ TEST(XxxReader, ColourTableBeyondTheEndRepeatsTheLastValue) {
   const size_t trailer = bytes.size() - 96;
   bytes.resize(trailer + 7 + 4 + 2);
   Design design;
-  ASSERT_TRUE(ReadXxx(design, AsReaderInput(bytes)));
+  ASSERT_TRUE(ReadXxx(design, test::AsReaderInput(bytes)));
   ASSERT_EQ(design.threads.size(), 2u);
   EXPECT_EQ(design.threads[1].colorName, chart[4].colorName);
   // No table at all: every colour is the nearest to black.
   bytes.resize(trailer);
-  ASSERT_TRUE(ReadXxx(design, AsReaderInput(bytes)));
+  ASSERT_TRUE(ReadXxx(design, test::AsReaderInput(bytes)));
   Design black;
-  ASSERT_TRUE(ReadXxx(black, AsReaderInput(XxxFile("01 01 7f 08 00 00 02 02 00 00 00 00", {0, 0}))));
+  ASSERT_TRUE(ReadXxx(black, test::AsReaderInput(XxxFile("01 01 7f 08 00 00 02 02 00 00 00 00", {0, 0}))));
   EXPECT_EQ(design.threads[1].colorName, black.threads[1].colorName);
   EXPECT_EQ(design.stitches.Size(), black.stitches.Size());
-}
-
-std::vector<StitchPoint> NeedlePoints(const Design& design) {
-  std::vector<StitchPoint> points;
-  int32_t x = 0, y = 0;
-  for (const StitchNode& node : design.stitches) {
-    x += node.dx;
-    y += node.dy;
-    if (node.flags == 0 && node.HasMove()) points.push_back({x, y});
-  }
-  for (size_t i = points.size(); i-- > 0;) points[i] = {points[i].x - points[0].x, points[i].y - points[0].y};
-  return points;
 }
 
 TEST(XxxRoundTrip, SampleDesignKeepsItsStitchesButTheLastFourBytes) {
@@ -187,50 +171,40 @@ TEST(XxxRoundTrip, SampleDesignKeepsItsStitchesButTheLastFourBytes) {
   std::vector<uint8_t> bytes;
   ASSERT_EQ(WriteXxx(design, bytes), 0);
   Design read;
-  ASSERT_TRUE(ReadXxx(read, AsReaderInput(bytes)));
-  std::vector<StitchPoint> expected = NeedlePoints(original);
+  ASSERT_TRUE(ReadXxx(read, test::AsReaderInput(bytes)));
+  std::vector<test::Point> expected = test::FromFirst(test::NeedlePath(original));
   // The reader stops four bytes before the trailer: the last two stitches.
   expected.resize(expected.size() - 2);
-  EXPECT_EQ(NeedlePoints(read), expected);
+  EXPECT_EQ(test::FromFirst(test::NeedlePath(read)), expected);
   EXPECT_EQ(read.threads.size(), original.threads.size());
 }
 
 TEST(XxxSamples, MatchTheSameDesignInDst) {
   Design xxx, dst;
-  ASSERT_TRUE(ReadXxx(xxx, AsReaderInput(test::ReadTestFile("geometric_objects.xxx"))));
-  ASSERT_TRUE(ReadDst(dst, AsReaderInput(test::ReadTestFile("geometric_objects.dst"))));
+  ASSERT_TRUE(ReadXxx(xxx, test::AsReaderInput(test::ReadTestFile("geometric_objects.xxx"))));
+  ASSERT_TRUE(ReadDst(dst, test::AsReaderInput(test::ReadTestFile("geometric_objects.dst"))));
   EXPECT_EQ(xxx.threads.size(), 4u);
   EXPECT_EQ(xxx.maxX - xxx.minX, dst.maxX - dst.minX);
   EXPECT_EQ(xxx.maxY - xxx.minY, dst.maxY - dst.minY);
   // Both readers centre; the merged landing stitches differ, so the needle
   // points are compared as sets, from the bounds' lower left corner.
-  auto corner = [](const Design& design) {
-    std::set<std::pair<int32_t, int32_t>> points;
-    int32_t x = 0, y = 0;
-    for (const StitchNode& node : design.stitches) {
-      x += node.dx;
-      y += node.dy;
-      if (node.flags == 0) points.emplace(x - design.minX, y - design.minY);
-    }
-    return points;
+  auto fromCorner = [](const Design& design) {
+    return test::NeedlePoints(design, test::Landing::kPlain, {design.minX, design.minY});
   };
-  const auto a = corner(xxx), b = corner(dst);
+  const auto a = fromCorner(xxx);
   ASSERT_GT(a.size(), 3000u);
-  size_t shared = 0;
-  for (const auto& point : a) shared += b.count(point);
-  EXPECT_GT(shared, a.size() * 99 / 100);
+  EXPECT_GT(a.size() - test::CountMissing(a, fromCorner(dst)), a.size() * 99 / 100);
 
   Design star;
-  ASSERT_TRUE(ReadXxx(star, AsReaderInput(test::ReadTestFile("Star.xxx"))));
+  ASSERT_TRUE(ReadXxx(star, test::AsReaderInput(test::ReadTestFile("Star.xxx"))));
   EXPECT_EQ(star.threads.size(), 2u);
 }
 
 TEST(XxxReader, EveryTruncationReadsSafely) {
   const std::vector<uint8_t> file = test::ReadTestFile("Star.xxx");
-  for (size_t length = 0; length <= file.size(); ++length) {
-    std::vector<uint8_t> bytes(file.begin(), file.begin() + static_cast<ptrdiff_t>(length));
+  for (const size_t length : test::CutLengths(file.size())) {
     Design design;
-    ReadXxx(design, AsReaderInput(bytes));
+    ReadXxx(design, test::CutInput(file, length));
   }
 }
 
