@@ -196,7 +196,7 @@ TEST(DstReader, RealSampleFile) {
   // +X 411, -X 412, +Y 424, -Y 424. The PES tests hold its stitches against
   // the PEC file of the same design.
   Design design;
-  ASSERT_TRUE(ReadDst(design, test::AsReaderInput(test::ReadTestFile("geometric_objects.dst"))));
+  ASSERT_TRUE(test::ReadSample(ReadDst, design, "geometric_objects.dst"));
   const char* const names[] = {"Black", "Blue", "Light Green", "Red"};
   ASSERT_EQ(design.threads.size(), 4u);
   for (size_t i = 0; i < 4; ++i) EXPECT_EQ(design.threads[i].colorName, names[i]);

@@ -127,7 +127,7 @@ TEST(EmdReader, GeometricSampleMatchesTheDstOfTheSameDesign) {
   folder.Write("g.col", test::ReadTestFile("geometric_objects.col"));
   Design emd, dst;
   ASSERT_EQ(ReadDesignFile(emd, folder.File("g.emd")), 0);
-  ASSERT_TRUE(ReadDst(dst, test::AsReaderInput(test::ReadTestFile("geometric_objects.dst"))));
+  ASSERT_TRUE(test::ReadSample(ReadDst, dst, "geometric_objects.dst"));
   // The colour file's four lines.
   const uint32_t colours[] = {ColorRef(0, 0, 200), ColorRef(255, 243, 128), ColorRef(255, 0, 255),
                               ColorRef(130, 202, 255)};

@@ -142,7 +142,7 @@ TEST(ExpReader, RealFileLiesWhereTheDstOfTheSameDesignDoes) {
   EXPECT_EQ(exp.maxY - exp.minY, 848);
 
   Design dst;
-  ASSERT_TRUE(ReadDst(dst, test::AsReaderInput(test::ReadTestFile("geometric_objects.dst"))));
+  ASSERT_TRUE(test::ReadSample(ReadDst, dst, "geometric_objects.dst"));
   // The file's jump runs end in a stitch of the same step, which the jump
   // swallows on reading: its landing is then a jump's end point.
   const auto dstStitches = test::NeedlePath(dst);

@@ -93,7 +93,7 @@ TEST(HusVipReader, RealFilesGiveTheirColoursSizeAndStitches) {
   };
   Design dst;
   dst.name = "geometric_objects.dst";
-  ASSERT_TRUE(ReadDst(dst, test::AsReaderInput(test::ReadTestFile("geometric_objects.dst"))));
+  ASSERT_TRUE(test::ReadSample(ReadDst, dst, "geometric_objects.dst"));
   const auto dstPositions = test::NeedlePoints(dst, test::Landing::kNotJump);
   for (const Case& c : cases) {
     const std::vector<uint8_t> file = test::ReadTestFile(c.file);

@@ -223,7 +223,7 @@ TEST(JefReader, RealFileLiesWhereTheDstOfTheSameDesignDoes) {
   EXPECT_EQ((std::array{jef.minX, jef.maxX, jef.minY, jef.maxY}), (std::array{-411, 412, -424, 424}));
 
   Design dst;
-  ASSERT_TRUE(ReadDst(dst, test::AsReaderInput(test::ReadTestFile("geometric_objects.dst"))));
+  ASSERT_TRUE(test::ReadSample(ReadDst, dst, "geometric_objects.dst"));
   const auto dstStitches = test::NeedlePoints(dst);
   ASSERT_GT(dstStitches.size(), 8000u);
   EXPECT_EQ(test::CountMissing(dstStitches, test::NeedlePoints(jef)), 0u);

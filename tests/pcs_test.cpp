@@ -196,8 +196,8 @@ TEST(PcsRoundTrip, EvenMovesComeBackExactlyButTheCountLeavesOutTheLastRecords) {
 TEST(PcsReader, StarSampleMatchesThePesOfTheSameDesign) {
   Design pcs, pes;
   pcs.name = "Star.pcs";
-  ASSERT_TRUE(ReadPcs(pcs, test::AsReaderInput(test::ReadTestFile("Star.pcs"))));
-  ASSERT_TRUE(ReadPesFile(pes, test::AsReaderInput(test::ReadTestFile("star.pes"))));
+  ASSERT_TRUE(test::ReadSample(ReadPcs, pcs, "Star.pcs"));
+  ASSERT_TRUE(test::ReadSample(ReadPesFile, pes, "star.pes"));
   // The table's colours 8 and 15 are named by the colour records.
   ASSERT_EQ(pcs.threads.size(), 2u);
   EXPECT_EQ(pcs.threads[0].colorName, "Red");

@@ -66,7 +66,7 @@ TEST(PesReader, RealVersion70File) {
   // (237, 23, 31) numbered 5 and "001" (240, 240, 240) numbered 29, both
   // EMBROIDERY; the real colour list at 7353 repeats both colours.
   Design design;
-  ASSERT_TRUE(ReadPesFile(design, test::AsReaderInput(test::ReadTestFile("star.pes"))));
+  ASSERT_TRUE(test::ReadSample(ReadPesFile, design, "star.pes"));
   EXPECT_EQ(design.formatVersion, 70);
   EXPECT_EQ(std::make_pair(design.hoopWidth, design.hoopHeight), std::make_pair(100, 100));
   EXPECT_EQ(design.maxX - design.minX, 591);
@@ -86,7 +86,7 @@ TEST(PecReader, RealFileLiesWhereTheDstOfTheSameDesignDoes) {
   // geometric_objects.pec lists colours 0x15, 0x22, 0x1E and 0x20. The DST of
   // the same design spans +X 411, -X 412, +Y 424, -Y 424 in its header.
   Design pec;
-  ASSERT_TRUE(ReadPesFile(pec, test::AsReaderInput(test::ReadTestFile("geometric_objects.pec"))));
+  ASSERT_TRUE(test::ReadSample(ReadPesFile, pec, "geometric_objects.pec"));
   EXPECT_EQ(pec.formatVersion, 1);
   const char* names[] = {"Ultramarine", "Cream Yellow", "Violet", "Sky Blue"};
   ASSERT_EQ(pec.threads.size(), 4u);
@@ -97,7 +97,7 @@ TEST(PecReader, RealFileLiesWhereTheDstOfTheSameDesignDoes) {
   EXPECT_EQ(pec.maxY - pec.minY, 848);
 
   Design dst;
-  ASSERT_TRUE(ReadDst(dst, test::AsReaderInput(test::ReadTestFile("geometric_objects.dst"))));
+  ASSERT_TRUE(test::ReadSample(ReadDst, dst, "geometric_objects.dst"));
   const auto dstStitches = test::NeedlePoints(dst);
   ASSERT_GT(dstStitches.size(), 8000u);
   EXPECT_EQ(test::CountMissing(dstStitches, test::NeedlePoints(pec)), 0u);

@@ -277,11 +277,11 @@ TEST(PesWriter, EveryDesignReadsBackToItsNodesAndColours) {
 
 TEST(PesWriter, RealFileWrittenAgainKeepsStitchesAndColours) {
   Design original;
-  ASSERT_TRUE(ReadPesFile(original, test::AsReaderInput(test::ReadTestFile("star.pes"))));
+  ASSERT_TRUE(test::ReadSample(ReadPesFile, original, "star.pes"));
   for (const bool pes5 : {false, true}) {
     SCOPED_TRACE(pes5 ? "pes5" : "plain");
     Design written;
-    ASSERT_TRUE(ReadPesFile(written, test::AsReaderInput(test::ReadTestFile("star.pes"))));
+    ASSERT_TRUE(test::ReadSample(ReadPesFile, written, "star.pes"));
     Design read;
     ASSERT_TRUE(ReadPesFile(read, test::AsReaderInput(Write(written, pes5))));
     EXPECT_EQ(test::Nodes(read), test::Nodes(original));

@@ -179,8 +179,8 @@ TEST(SewRoundTrip, SampleDesignKeepsItsStitches) {
 
 TEST(SewSamples, MatchesTheSameDesignInDst) {
   Design sew, dst;
-  ASSERT_TRUE(ReadSew(sew, test::AsReaderInput(test::ReadTestFile("geometric_objects.sew"))));
-  ASSERT_TRUE(ReadDst(dst, test::AsReaderInput(test::ReadTestFile("geometric_objects.dst"))));
+  ASSERT_TRUE(test::ReadSample(ReadSew, sew, "geometric_objects.sew"));
+  ASSERT_TRUE(test::ReadSample(ReadDst, dst, "geometric_objects.dst"));
   // Janome 60 Blue Ink, 68 Mustard, 63 Crimson, 28 Bright Blue.
   const std::vector<uint32_t> colors = {ColorRef(8, 32, 123), ColorRef(231, 223, 123), ColorRef(247, 52, 140),
                                         ColorRef(74, 130, 173)};
@@ -188,12 +188,10 @@ TEST(SewSamples, MatchesTheSameDesignInDst) {
   for (size_t i = 0; i < colors.size(); ++i) EXPECT_EQ(sew.threads[i].rgb, colors[i]) << i;
   EXPECT_EQ(sew.maxX - sew.minX, dst.maxX - dst.minX);
   EXPECT_EQ(sew.maxY - sew.minY, dst.maxY - dst.minY);
-  auto fromCorner = [](const Design& design) {
-    return test::NeedlePoints(design, test::Landing::kPlain, {design.minX, design.minY});
-  };
-  const auto a = fromCorner(sew);
+  const auto a = test::NeedlePoints(sew, test::Landing::kPlain, test::LowerLeft(sew));
+  const auto b = test::NeedlePoints(dst, test::Landing::kPlain, test::LowerLeft(dst));
   ASSERT_GT(a.size(), 3000u);
-  EXPECT_GT(a.size() - test::CountMissing(a, fromCorner(dst)), a.size() * 99 / 100);
+  EXPECT_GT(a.size() - test::CountMissing(a, b), a.size() * 99 / 100);
 }
 
 TEST(SewReader, EveryTruncationReadsSafely) {

@@ -123,8 +123,8 @@ TEST(ShvReader, LargePictureFormAndTruncatedStream) {
 TEST(ShvReader, StarSampleMatchesThePesOfTheSameDesign) {
   Design shv, pes;
   shv.name = "Star.shv";
-  ASSERT_TRUE(ReadShv(shv, test::AsReaderInput(test::ReadTestFile("Star.shv"))));
-  ASSERT_TRUE(ReadPesFile(pes, test::AsReaderInput(test::ReadTestFile("star.pes"))));
+  ASSERT_TRUE(test::ReadSample(ReadShv, shv, "Star.shv"));
+  ASSERT_TRUE(test::ReadSample(ReadPesFile, pes, "star.pes"));
   // The table names palette entries 41 and 12 and no chart.
   ASSERT_EQ(shv.threads.size(), 2u);
   EXPECT_EQ(shv.threads[0].colorName, "Dark Orange");

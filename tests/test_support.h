@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <optional>
 #include <set>
+#include <span>
 #include <string>
 #include <tuple>
 #include <utility>
@@ -47,6 +48,12 @@ std::vector<size_t> CutLengths(size_t size, size_t everyBelow = SIZE_MAX, size_t
 
 std::vector<uint8_t> ReadTestFile(const std::string& name);  // from tests/data
 
+// Reads the sample `name` from tests/data as ReadDesignFile would hand it on.
+using SampleReader = bool (*)(Design& design, std::span<const uint8_t> bytes);
+inline bool ReadSample(SampleReader read, Design& design, const std::string& name) {
+  return read(design, AsReaderInput(ReadTestFile(name)));
+}
+
 // Absolute needle positions, less `origin`.
 using Point = std::pair<int64_t, int64_t>;
 
@@ -57,6 +64,10 @@ enum class Landing {
   kNotJump,  // every node but jumps
   kAny,      // every node
 };
+
+// The lower left corner of the design's bounds, to compare designs that are
+// centred differently.
+inline Point LowerLeft(const Design& design) { return {design.minX, design.minY}; }
 
 // Where the chosen nodes land, in stitch order.
 std::vector<Point> NeedlePath(const Design& design, Landing which = Landing::kStitch, Point origin = {});

@@ -181,22 +181,20 @@ TEST(XxxRoundTrip, SampleDesignKeepsItsStitchesButTheLastFourBytes) {
 
 TEST(XxxSamples, MatchTheSameDesignInDst) {
   Design xxx, dst;
-  ASSERT_TRUE(ReadXxx(xxx, test::AsReaderInput(test::ReadTestFile("geometric_objects.xxx"))));
-  ASSERT_TRUE(ReadDst(dst, test::AsReaderInput(test::ReadTestFile("geometric_objects.dst"))));
+  ASSERT_TRUE(test::ReadSample(ReadXxx, xxx, "geometric_objects.xxx"));
+  ASSERT_TRUE(test::ReadSample(ReadDst, dst, "geometric_objects.dst"));
   EXPECT_EQ(xxx.threads.size(), 4u);
   EXPECT_EQ(xxx.maxX - xxx.minX, dst.maxX - dst.minX);
   EXPECT_EQ(xxx.maxY - xxx.minY, dst.maxY - dst.minY);
   // Both readers centre; the merged landing stitches differ, so the needle
   // points are compared as sets, from the bounds' lower left corner.
-  auto fromCorner = [](const Design& design) {
-    return test::NeedlePoints(design, test::Landing::kPlain, {design.minX, design.minY});
-  };
-  const auto a = fromCorner(xxx);
+  const auto a = test::NeedlePoints(xxx, test::Landing::kPlain, test::LowerLeft(xxx));
+  const auto b = test::NeedlePoints(dst, test::Landing::kPlain, test::LowerLeft(dst));
   ASSERT_GT(a.size(), 3000u);
-  EXPECT_GT(a.size() - test::CountMissing(a, fromCorner(dst)), a.size() * 99 / 100);
+  EXPECT_GT(a.size() - test::CountMissing(a, b), a.size() * 99 / 100);
 
   Design star;
-  ASSERT_TRUE(ReadXxx(star, test::AsReaderInput(test::ReadTestFile("Star.xxx"))));
+  ASSERT_TRUE(test::ReadSample(ReadXxx, star, "Star.xxx"));
   EXPECT_EQ(star.threads.size(), 2u);
 }
 
