@@ -113,7 +113,7 @@ TEST(DstReader, ColourChangeGivesStopAndJumpThatMergesWithItsLanding) {
   // (6, 1) through a new head jump; the odd height then puts its extra unit
   // on the minus side of y.
   const std::vector<test::Node> expected = {{-6, -2, STITCH_JUMP}, {1, 0, 0},  {0, 0, STITCH_COLORSTOP},
-                                      {9, 3, STITCH_JUMP},   {1, 0, 0}};
+                                            {9, 3, STITCH_JUMP},   {1, 0, 0}};
   EXPECT_EQ(test::Nodes(design), expected);
   EXPECT_EQ(design.minX, -5);
   EXPECT_EQ(design.maxX, 5);

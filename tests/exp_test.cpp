@@ -18,10 +18,10 @@ TEST(ExpWriter, GoldenBytes) {
   Design design;
   design.threads.resize(3);
   test::SetNodes(design, {{10, 20, 0},
-                    {0, 0, STITCH_COLORSTOP},
-                    {200, 0, STITCH_JUMP},  // split into two jumps of 100 and a zero stitch
-                    {-5, 3, 0},
-                    {2, 1, STITCH_COLORSTOP | STITCH_JUMP}});  // a stop with a move
+                          {0, 0, STITCH_COLORSTOP},
+                          {200, 0, STITCH_JUMP},  // split into two jumps of 100 and a zero stitch
+                          {-5, 3, 0},
+                          {2, 1, STITCH_COLORSTOP | STITCH_JUMP}});  // a stop with a move
   Bytes out;
   ASSERT_EQ(WriteExp(design, out), 0);
   const Bytes expected = {
@@ -64,7 +64,7 @@ TEST(ExpReader, ControlPairsThreadsAndTheTail) {
   EXPECT_TRUE(design.defaultColors);
   // Positions (8,4) (8,4) (11,5) (11,5) (11,5) (16,10) (15,9): centre (12, 7).
   const std::vector<test::Node> expected = {{-4, -3, STITCH_JUMP}, {0, 0, STITCH_COLORSTOP}, {3, 1, STITCH_JUMP},
-                                      {0, 0, STITCH_COLORSTOP}, {0, 0, 0}, {5, 5, 0}, {-1, -1, 0}};
+                                            {0, 0, STITCH_COLORSTOP}, {0, 0, 0}, {5, 5, 0}, {-1, -1, 0}};
   EXPECT_EQ(test::Nodes(design), expected);
   EXPECT_EQ((std::array{design.minX, design.maxX, design.minY, design.maxY}), (std::array{-4, 4, -3, 3}));
 }

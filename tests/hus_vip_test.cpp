@@ -130,9 +130,9 @@ TEST(HusWriter, GoldenHeaderStreamsAndNodes) {
   // Jump anchored by a zero stitch; the moving change split into a stop and
   // its move; 300 cut into 127, 127 (jumps) and 46; -130 into -127 and -3.
   const std::vector<test::Node> nodes = {{5, -3, 0},    {10, 0, STITCH_JUMP},   {0, 0, 0},
-                                   {0, 0, STITCH_COLORSTOP}, {2, 2, 0},  {127, 0, STITCH_JUMP},
-                                   {127, 0, STITCH_JUMP},    {46, 0, 0}, {-127, -1, STITCH_JUMP},
-                                   {-3, 0, 0}};
+                                         {0, 0, STITCH_COLORSTOP}, {2, 2, 0},  {127, 0, STITCH_JUMP},
+                                         {127, 0, STITCH_JUMP},    {46, 0, 0}, {-127, -1, STITCH_JUMP},
+                                         {-3, 0, 0}};
   EXPECT_EQ(test::Nodes(design), nodes);
   const std::vector<uint8_t> head = {0x5B, 0xAF, 0xC8, 0x00, 10, 0, 0, 0, 2, 0, 0, 0,
                                      100, 0, 50, 0, 0x9C, 0xFF, 0xCE, 0xFF, 46, 0, 0, 0};
@@ -157,8 +157,9 @@ TEST(VipWriter, GoldenHeaderTablesAndSplit) {
   std::vector<uint8_t> out;
   ASSERT_EQ(WriteVipFile(design, out), 0);
   // 300 splits at 120 into three jumps of 100, and stays as a zero stitch.
-  EXPECT_EQ(test::Nodes(design), (std::vector<test::Node>{{100, 0, STITCH_JUMP}, {100, 0, STITCH_JUMP}, {100, 0, STITCH_JUMP},
-                                             {0, 0, 0}, {1, 1, 0}}));
+  EXPECT_EQ(test::Nodes(design),
+            (std::vector<test::Node>{
+                {100, 0, STITCH_JUMP}, {100, 0, STITCH_JUMP}, {100, 0, STITCH_JUMP}, {0, 0, 0}, {1, 1, 0}}));
   ASSERT_GE(out.size(), 60u);
   ByteReader reader(out);
   EXPECT_EQ(reader.U32LE(), 0x0190FC5Du);

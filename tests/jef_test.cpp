@@ -15,18 +15,14 @@ namespace {
 
 using Bytes = std::vector<uint8_t>;
 
-void U32(Bytes& bytes, uint32_t value) {
-  for (int i = 0; i < 4; ++i) bytes.push_back(static_cast<uint8_t>(value >> (8 * i)));
-}
-
 // A file as the layout gives it: only the fields the reader looks at are
 // filled, the rest of the header stays zero.
 Bytes JefFile(const std::vector<uint32_t>& palette, const Bytes& stream) {
   Bytes bytes(116, 0);
   ByteWriter(bytes).PatchU32LE(0, 116 + 8 * static_cast<uint32_t>(palette.size()));
   ByteWriter(bytes).PatchU32LE(24, static_cast<uint32_t>(palette.size()));
-  for (const uint32_t index : palette) U32(bytes, index);
-  for (size_t i = 0; i < palette.size(); ++i) U32(bytes, 13);
+  for (const uint32_t index : palette) ByteWriter(bytes).U32LE(index);
+  for (size_t i = 0; i < palette.size(); ++i) ByteWriter(bytes).U32LE(13);
   bytes.insert(bytes.end(), stream.begin(), stream.end());
   return bytes;
 }
@@ -43,10 +39,10 @@ TEST(JefWriter, GoldenBytes) {
   design.maxY = 30;
   design.minY = -40;
   test::SetNodes(design, {{10, 20, 0},
-                    {0, 0, STITCH_COLORSTOP},
-                    {300, 0, STITCH_JUMP},  // a chain of two clamped jumps and a stitch of 48
-                    {-5, 3, 0},
-                    {2, 1, STITCH_COLORSTOP | STITCH_JUMP}});  // a stop with a move
+                          {0, 0, STITCH_COLORSTOP},
+                          {300, 0, STITCH_JUMP},  // a chain of two clamped jumps and a stitch of 48
+                          {-5, 3, 0},
+                          {2, 1, STITCH_COLORSTOP | STITCH_JUMP}});  // a stop with a move
 
   Bytes out;
   ASSERT_EQ(WriteJef(design, out), 0);
@@ -54,12 +50,13 @@ TEST(JefWriter, GoldenBytes) {
   // Nodes: stitch, stop, jump, jump, stitch, stitch, stop, zero stitch, jump,
   // anchor: N 10, J 3, so W = 3 * 3 + 10 + 3 = 22 words.
   Bytes expected;
-  for (const uint32_t value : {140u, 10u, 0u, 0u, 0u, 0u, 3u, 22u, 2u, 20u, 40u, 600u, 30u}) U32(expected, value);
+  ByteWriter words(expected);
+  for (const uint32_t value : {140u, 10u, 0u, 0u, 0u, 0u, 3u, 22u, 2u, 20u, 40u, 600u, 30u}) words.U32LE(value);
   expected.insert(expected.end(), 32, 0xFF);
   for (int copy = 0; copy < 2; ++copy) {
-    for (const uint32_t value : {680u, 960u, 100u, 970u}) U32(expected, value);
+    for (const uint32_t value : {680u, 960u, 100u, 970u}) ByteWriter(expected).U32LE(value);
   }
-  for (const uint32_t value : {10u, 1u, 51u, 13u, 13u, 13u}) U32(expected, value);
+  for (const uint32_t value : {10u, 1u, 51u, 13u, 13u, 13u}) ByteWriter(expected).U32LE(value);
   const Bytes stream = {
       0x80, 0x02, 0x00, 0x00,                          // opening jump
       0x0A, 0x14,                                      // (10, 20)
@@ -130,8 +127,8 @@ TEST(JefReader, StreamCommandsThreadsAndEndSteps) {
   // After stripping, positions are (2,0) (-126,2) (-125,3) (-125,3) (-114,3):
   // centre (-62, 1), and the odd height's extra unit goes below.
   const std::vector<test::Node> expected = {{62, -2, STITCH_JUMP},        {2, 0, 0},
-                                      {-128, 2, STITCH_COLORSTOP},  {1, 1, 0},
-                                      {0, 0, STITCH_COLORSTOP},     {11, 0, STITCH_JUMP}};
+                                            {-128, 2, STITCH_COLORSTOP},  {1, 1, 0},
+                                            {0, 0, STITCH_COLORSTOP},     {11, 0, STITCH_JUMP}};
   EXPECT_EQ(test::Nodes(design), expected);
   EXPECT_EQ((std::array{design.minX, design.maxX, design.minY, design.maxY}), (std::array{-64, 64, -2, 1}));
 }

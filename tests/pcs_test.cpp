@@ -19,10 +19,6 @@ constexpr std::array<Rgb, 16> kDefaultTable{{{0, 0, 0}, {0, 0, 128}, {0, 0, 255}
                                              {0, 255, 0}, {128, 128, 0}, {255, 255, 0}, {128, 128, 128},
                                              {192, 192, 192}, {255, 255, 255}}};
 
-void Put32(std::vector<uint8_t>& bytes, int32_t value) {
-  for (int i = 0; i < 4; ++i) bytes.push_back(static_cast<uint8_t>(static_cast<uint32_t>(value) >> (8 * i)));
-}
-
 // Header with the given table, the 16-bit record count, then the records.
 struct PcsFile {
   std::vector<uint8_t> bytes;
@@ -33,8 +29,8 @@ struct PcsFile {
     bytes.push_back(static_cast<uint8_t>(count >> 8));
   }
   PcsFile& Position(int32_t x, int32_t y, uint8_t flag = 0) {
-    Put32(bytes, x);
-    Put32(bytes, y);
+    ByteWriter(bytes).S32LE(x);
+    ByteWriter(bytes).S32LE(y);
     bytes.push_back(flag);
     return *this;
   }
@@ -128,7 +124,7 @@ TEST(PcsReader, RecordsColourChangesAndEndSteps) {
   // Positions (100,0) (200,0) (200,100) (200,200) (150,200) (150,190). The
   // stop is made pure, and centring moves the head jump by (150, 100).
   const std::vector<test::Node> expected = {{-50, -100, STITCH_JUMP}, {100, 0, 0},   {0, 100, 0}, {0, 100, 0},
-                                      {0, 0, STITCH_COLORSTOP}, {-50, 0, 0}, {0, -10, 0}};
+                                            {0, 0, STITCH_COLORSTOP}, {-50, 0, 0}, {0, -10, 0}};
   EXPECT_EQ(test::Nodes(design), expected);
   ASSERT_EQ(design.threads.size(), 2u);
   EXPECT_EQ(design.threads[0].colorName, "Blue");
@@ -177,7 +173,7 @@ TEST(PcsRoundTrip, EvenMovesComeBackExactlyButTheCountLeavesOutTheLastRecords) {
   design.threads[0].rgb = ColorRef(1, 2, 3);
   design.threads[1].rgb = ColorRef(4, 5, 6);
   test::SetNodes(design, {{40, 20, STITCH_JUMP}, {10, -6, 0}, {4, 8, 0}, {-12, 2, 0},
-                    {0, 0, STITCH_COLORSTOP}, {-12, 2, 0}, {6, 6, 0}, {2, 2, 0}});
+                          {0, 0, STITCH_COLORSTOP}, {-12, 2, 0}, {6, 6, 0}, {2, 2, 0}});
   design.ComputeBounds();
   std::vector<uint8_t> out;
   ASSERT_EQ(WritePcs(design, out), 0);
@@ -190,7 +186,8 @@ TEST(PcsRoundTrip, EvenMovesComeBackExactlyButTheCountLeavesOutTheLastRecords) {
   EXPECT_EQ(read.threads[1].rgb, ColorRef(4, 5, 6));
   std::vector<test::Node> nodes = test::Nodes(read);
   nodes.erase(nodes.begin());  // the head jump from the origin
-  EXPECT_EQ(nodes, (std::vector<test::Node>{{10, -6, 0}, {4, 8, 0}, {-12, 2, 0}, {0, 0, STITCH_COLORSTOP}, {-12, 2, 0}}));
+  EXPECT_EQ(nodes,
+            (std::vector<test::Node>{{10, -6, 0}, {4, 8, 0}, {-12, 2, 0}, {0, 0, STITCH_COLORSTOP}, {-12, 2, 0}}));
 }
 
 TEST(PcsReader, StarSampleMatchesThePesOfTheSameDesign) {

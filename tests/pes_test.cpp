@@ -10,6 +10,7 @@
 #include "core/format_table.h"
 #include "formats/dst.h"
 #include "formats/pec.h"
+#include "core/byte_cursor.h"
 #include "tests/test_support.h"
 
 namespace fennick {
@@ -47,11 +48,6 @@ Bytes PesFile(const std::string& signature, Bytes header, const std::vector<Byte
   header[10] = static_cast<uint8_t>(offset >> 16);
   for (const Bytes& block : blocks) header.insert(header.end(), block.begin(), block.end());
   return header;
-}
-
-void PutWord(Bytes& bytes, size_t offset, uint16_t value) {
-  bytes[offset] = static_cast<uint8_t>(value);
-  bytes[offset + 1] = static_cast<uint8_t>(value >> 8);
 }
 
 size_t StopCount(const Design& design) {
@@ -114,7 +110,8 @@ TEST(PecBlockReader, EndsOnTheClosingJumpBackToTheStart) {
   int32_t sumX = 0, sumY = 0;
   const PecBlockInfo info = ReadPecBlock(design, test::AsReaderInput(block), 0, sumX, sumY);
   EXPECT_EQ(std::make_tuple(info.colorCount, info.stitchLength, info.closed), std::make_tuple(2, 25u, true));
-  EXPECT_EQ(test::Nodes(design), (std::vector<test::Node>{{0, 0, STITCH_JUMP}, {10, -5, 0}, {5, 0, 0}, {-15, 5, STITCH_JUMP}}));
+  EXPECT_EQ(test::Nodes(design),
+            (std::vector<test::Node>{{0, 0, STITCH_JUMP}, {10, -5, 0}, {5, 0, 0}, {-15, 5, STITCH_JUMP}}));
   EXPECT_EQ(std::make_pair(sumX, sumY), std::make_pair(0, 0));
   ASSERT_EQ(design.threads.size(), 3u);
   EXPECT_EQ(design.threads[0].rgb, ColorRef(255, 255, 0));  // 13, Yellow
@@ -170,11 +167,11 @@ TEST(PesReader, JoinsBlocksAtTheirPiecePositions) {
   // the tail and loses its flag. Positions span x 0..10 and y -610..600, so
   // centring moves everything by (-5, 5).
   EXPECT_EQ(test::Nodes(design), (std::vector<test::Node>{{-5, 605, STITCH_JUMP},
-                                              {10, 0, 0},
-                                              {0, 0, STITCH_COLORSTOP},
-                                              {-10, -1200, STITCH_JUMP},
-                                              {0, -10, 0},
-                                              {0, 0, 0}}));
+                                                          {10, 0, 0},
+                                                          {0, 0, STITCH_COLORSTOP},
+                                                          {-10, -1200, STITCH_JUMP},
+                                                          {0, -10, 0},
+                                                          {0, 0, 0}}));
   ASSERT_EQ(design.threads.size(), 2u);
   EXPECT_EQ(design.threads[0].colorName, "Red");
   EXPECT_EQ(design.threads[1].colorName, "White");
@@ -197,11 +194,11 @@ TEST(PesReader, HoopFieldsTurnTheDesign) {
   for (const Case& c : cases) {
     Bytes header(100, 0);
     header[12] = 1;  // blocks, for versions 25 and on
-    PutWord(header, c.hoopOffset, c.width);
-    PutWord(header, c.hoopOffset + 2, c.height);
+    ByteWriter(header).PatchU16LE(c.hoopOffset, c.width);
+    ByteWriter(header).PatchU16LE(c.hoopOffset + 2, c.height);
     Design design;
-    ASSERT_TRUE(ReadPesFile(design, test::AsReaderInput(PesFile(c.signature, header, {PecBlock({1}, OneStitch(10, 0))}))))
-        << c.signature;
+    const Bytes file = PesFile(c.signature, header, {PecBlock({1}, OneStitch(10, 0))});
+    ASSERT_TRUE(ReadPesFile(design, test::AsReaderInput(file))) << c.signature;
     EXPECT_EQ(design.hoopRotation, c.rotation) << c.signature << " " << c.width << "x" << c.height;
     // The stitch (10, 0) after the head jump, turned by the rotation.
     const test::Node turned = c.rotation == 0 ? test::Node{10, 0, 0} : test::Node{0, -10 * c.rotation, 0};
@@ -224,8 +221,8 @@ TEST(PesReader, HeaderStringsAreWalkedWithAWrappingCursor) {
   header[84] = 2;
   header[85] = 'h';
   header[86] = 'i';
-  PutWord(header, 89, 200);
-  PutWord(header, 91, 300);
+  ByteWriter(header).PatchU16LE(89, 200);
+  ByteWriter(header).PatchU16LE(91, 300);
   Design design;
   ASSERT_TRUE(ReadPesFile(design, test::AsReaderInput(PesFile("#PES0040", header, {PecBlock({1}, OneStitch(1, 1))}))));
   auto number = [](const char* text) {

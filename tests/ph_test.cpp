@@ -83,7 +83,7 @@ TEST(PhReader, PhcBlocksArePlacedOnTheirBoxesAndJoined) {
   // nothing. The return jump of block 1 and the lead jump of block 2 merge.
   // Positions then span x -21..53, y -11..9: centre (16, -1).
   const std::vector<test::Node> expected = {{-37, 10, J}, {10, 0, 0}, {0, -20, 0}, {64, 14, J},
-                                      {-10, -3, S}, {-6, 0, 0}, {-37, 0, J}};
+                                            {-10, -3, S}, {-6, 0, 0}, {-37, 0, J}};
   EXPECT_EQ(test::Nodes(design), expected);
 }
 

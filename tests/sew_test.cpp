@@ -6,17 +6,13 @@
 #include <utility>
 
 #include "formats/dst.h"
+#include "core/byte_cursor.h"
 #include "tests/test_support.h"
 #include "tools/sample_design.h"
 
 namespace fennick {
 namespace {
 
-
-void PutU16(std::vector<uint8_t>& bytes, size_t offset, uint32_t value) {
-  bytes[offset] = static_cast<uint8_t>(value);
-  bytes[offset + 1] = static_cast<uint8_t>(value >> 8);
-}
 
 // Offsets of the picture blocks: the whole design, then per colour the small
 // and the large one, and the outline.
@@ -35,7 +31,7 @@ TEST(SewWriter, GoldenHeaderAndStream) {
   // to the start point makes it (65, -100), and it gets its anchor. The long
   // stitch becomes a jump of 127 and a stitch of 73.
   const std::vector<test::Node> nodes = {{65, -100, STITCH_JUMP}, {0, 0, 0},   {10, 0, 0}, {0, 0, STITCH_COLORSTOP},
-                                   {127, 0, STITCH_JUMP},    {73, 0, 0}};
+                                         {127, 0, STITCH_JUMP},    {73, 0, 0}};
   EXPECT_EQ(test::Nodes(design), nodes);
   EXPECT_EQ(design.threads[0].chartIndex, 10);
   EXPECT_EQ(design.threads[1].chartIndex, 1);
@@ -43,11 +39,12 @@ TEST(SewWriter, GoldenHeaderAndStream) {
   // 2 * (2 threads + 6 nodes + 2 jumps) bytes of stream.
   ASSERT_EQ(out.size(), kStream + 20);
   std::vector<uint8_t> header(74, 0);
-  PutU16(header, 0, 2);
-  PutU16(header, 2, 10);
-  PutU16(header, 4, 1);
-  PutU16(header, 50, 3);  // jump, anchor, stitch
-  PutU16(header, 52, 4);  // stop, jump, stitch, and one more
+  ByteWriter patch(header);
+  patch.PatchU16LE(0, 2);
+  patch.PatchU16LE(2, 10);
+  patch.PatchU16LE(4, 1);
+  patch.PatchU16LE(50, 3);  // jump, anchor, stitch
+  patch.PatchU16LE(52, 4);  // stop, jump, stitch, and one more
   EXPECT_EQ(std::vector<uint8_t>(out.begin(), out.begin() + 74), header);
   const std::vector<uint8_t> stream = {0x80, 0x02, 0x41, 0x9C, 0x00, 0x00, 0x0A, 0x00, 0x80, 0x01,
                                        0x00, 0x00, 0x80, 0x02, 0x7F, 0x00, 0x49, 0x00, 0x80, 0x10};
@@ -82,7 +79,7 @@ TEST(SewWriter, PicturesShowTheTopOfTheDesignAtTheTop) {
   Design design;
   design.threads.resize(1);
   test::SetNodes(design, {{0, 2000, STITCH_JUMP}, {100, 0, 0}, {100, 0, 0}, {100, 0, 0}, {100, 0, 0},
-                    {100, 0, 0},            {0, -1000, 0}, {0, -1000, 0}});
+                          {100, 0, 0},            {0, -1000, 0}, {0, -1000, 0}});
   std::vector<uint8_t> out;
   ASSERT_EQ(WriteSew(design, out), 0);
   int top = 0, bottom = 0;
@@ -117,8 +114,9 @@ TEST(SewWriter, RefusesDesignsItCannotHold) {
 
 std::vector<uint8_t> SewFile(const std::vector<int16_t>& palette, const std::vector<uint8_t>& stream) {
   std::vector<uint8_t> bytes(kStream, 0);
-  PutU16(bytes, 0, static_cast<uint16_t>(palette.size()));
-  for (size_t i = 0; i < palette.size(); ++i) PutU16(bytes, 2 + 2 * i, static_cast<uint16_t>(palette[i]));
+  ByteWriter patch(bytes);
+  patch.PatchU16LE(0, static_cast<uint16_t>(palette.size()));
+  for (size_t i = 0; i < palette.size(); ++i) patch.PatchU16LE(2 + 2 * i, static_cast<uint16_t>(palette[i]));
   bytes.insert(bytes.end(), stream.begin(), stream.end());
   return bytes;
 }
@@ -133,7 +131,7 @@ TEST(SewReader, PairCodesAndEndSteps) {
   ASSERT_TRUE(ReadSew(design, test::AsReaderInput(bytes)));
   // Positions x 10..24: the head jump is (-17, 0).
   const std::vector<test::Node> expected = {{-17, 0, STITCH_JUMP},    {10, 0, 0}, {7, 0, STITCH_JUMP},
-                                      {0, 0, STITCH_COLORSTOP}, {3, 0, 0},  {4, 0, 0}};
+                                            {0, 0, STITCH_COLORSTOP}, {3, 0, 0},  {4, 0, 0}};
   EXPECT_EQ(test::Nodes(design), expected);
   // Threads stay as the header lists them, one stop or not.
   ASSERT_EQ(design.threads.size(), 3u);

@@ -62,8 +62,9 @@ TEST(ShvReader, ColourTableAndMoves) {
   std::vector<test::Node> nodes = test::Nodes(design);
   ASSERT_FALSE(nodes.empty());
   nodes.erase(nodes.begin());  // the first jump, moved by centring
-  const std::vector<test::Node> expected = {{5, 5, 0},     {3, -128, 0}, {1, -32768, STITCH_JUMP}, {0, 0, STITCH_COLORSTOP},
-                                      {0, 0, STITCH_COLORSTOP}, {1, 1, 0}, {2, -2, 0}};
+  const std::vector<test::Node> expected = {{5, 5, 0},  {3, -128, 0}, {1, -32768, STITCH_JUMP},
+                                            {0, 0, STITCH_COLORSTOP}, {0, 0, STITCH_COLORSTOP},
+                                            {1, 1, 0},  {2, -2, 0}};
   EXPECT_EQ(nodes, expected);
   EXPECT_EQ(design.stitches.Head()->flags, STITCH_JUMP);
   EXPECT_EQ(design.maxX, -design.minX);

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "formats/dst.h"
+#include "core/byte_cursor.h"
 #include "tests/test_support.h"
 #include "threads/thread_charts.h"
 #include "tools/sample_design.h"
@@ -28,11 +29,6 @@ const std::vector<uint8_t> kTrailer = Hex(
     "ff ff 00 00 00 00 ff 00 00 ff 00 00 ff 00 80 00 00 ff ff 00 40 6c d8 00 38 bc 40 00 40 a4 b0 00 e8 74 50 "
     "00 b8 28 b8 00 d0 bc 70 00 b8 d8 28 00 70 44 d0 00 83 83 83 00 ff ff ff 00 01");
 
-void PutU16(std::vector<uint8_t>& bytes, size_t offset, uint32_t value) {
-  bytes[offset] = static_cast<uint8_t>(value);
-  bytes[offset + 1] = static_cast<uint8_t>(value >> 8);
-}
-
 // A file of the given stream whose trailer follows the stream directly and
 // holds the given colours in its first slots.
 std::vector<uint8_t> XxxFile(const std::string& stream, const std::vector<uint32_t>& colors) {
@@ -40,7 +36,7 @@ std::vector<uint8_t> XxxFile(const std::string& stream, const std::vector<uint32
   const std::vector<uint8_t> codes = Hex(stream);
   bytes.insert(bytes.end(), codes.begin(), codes.end());
   const size_t trailer = bytes.size();
-  PutU16(bytes, 252, static_cast<uint32_t>(trailer));
+  ByteWriter(bytes).PatchU16LE(252, static_cast<uint16_t>(trailer));
   bytes.insert(bytes.end(), kTrailer.begin(), kTrailer.end());
   for (size_t i = 0; i < colors.size(); ++i) {
     for (size_t c = 0; c < 3; ++c) bytes[trailer + 7 + 4 * i + c] = static_cast<uint8_t>(colors[i] >> (8 * c));
@@ -58,13 +54,13 @@ TEST(XxxWriter, GoldenBytes) {
   design.minY = -4;
   design.maxY = 9;
   test::SetNodes(design, {{5, -3, STITCH_JUMP},
-                    {10, 20, 0},
-                    {0, 0, STITCH_COLORSTOP},
-                    {200, 0, 0},
-                    {130, -1, STITCH_JUMP},
-                    {3, 4, STITCH_COLORSTOP | STITCH_JUMP},
-                    {3, 4, STITCH_COLORSTOP},
-                    {-5, 3, 0}});
+                          {10, 20, 0},
+                          {0, 0, STITCH_COLORSTOP},
+                          {200, 0, 0},
+                          {130, -1, STITCH_JUMP},
+                          {3, 4, STITCH_COLORSTOP | STITCH_JUMP},
+                          {3, 4, STITCH_COLORSTOP},
+                          {-5, 3, 0}});
   std::vector<uint8_t> out;
   ASSERT_EQ(WriteXxx(design, out), 0);
 
@@ -72,11 +68,12 @@ TEST(XxxWriter, GoldenBytes) {
       "7f 01 05 fd  0a 14  7f 08 00 00  7d c8 00 00 00  7e 82 00 ff ff  7f 08 00 00 7f 01 03 04  "
       "7f 08 00 00  fb 03");
   std::vector<uint8_t> expected(256, 0);
-  PutU16(expected, 23, 8);   // nodes
-  PutU16(expected, 39, 2);   // threads
-  PutU16(expected, 45, 27);  // 7 + 20
-  PutU16(expected, 47, 13);  // 4 + 9
-  PutU16(expected, 252, 256 + static_cast<uint32_t>(stream.size()));
+  ByteWriter patch(expected);
+  patch.PatchU16LE(23, 8);   // nodes
+  patch.PatchU16LE(39, 2);   // threads
+  patch.PatchU16LE(45, 27);  // 7 + 20
+  patch.PatchU16LE(47, 13);  // 4 + 9
+  patch.PatchU16LE(252, static_cast<uint16_t>(256 + stream.size()));
   expected.insert(expected.end(), stream.begin(), stream.end());
   std::vector<uint8_t> trailer = kTrailer;
   trailer[7] = 1, trailer[8] = 2, trailer[9] = 3;
@@ -116,7 +113,7 @@ TEST(XxxReader, CodesAndEndSteps) {
   // The jumps and their landing merge into (1, 205); positions span x 10..311
   // and y 0..205, so the head jump is (-160, -102), one lower for the odd height.
   const std::vector<test::Node> expected = {{-160, -103, STITCH_JUMP}, {10, 0, 0}, {1, 205, STITCH_JUMP},
-                                      {0, 0, STITCH_COLORSTOP},   {0, 0, 0},  {300, 0, 0}};
+                                            {0, 0, STITCH_COLORSTOP},   {0, 0, 0},  {300, 0, 0}};
   EXPECT_EQ(test::Nodes(design), expected);
   ASSERT_EQ(design.threads.size(), 2u);
   EXPECT_EQ(design.threads[0].colorName, chart[3].colorName);
