@@ -11,7 +11,6 @@
 namespace fennick {
 namespace {
 
-
 // The header a writer makes for the given fields, built from the layout.
 std::vector<uint8_t> ExpectedHeader(const std::string& text) {
   std::vector<uint8_t> header(512, ' ');

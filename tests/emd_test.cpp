@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <string>
 
 #include "archive/zip_member.h"
@@ -13,7 +12,6 @@
 
 namespace fennick {
 namespace {
-
 
 std::vector<uint8_t> EmdFile(const std::vector<uint8_t>& pairs) {
   std::vector<uint8_t> bytes(50, 0x11);

@@ -2,9 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <set>
-#include <utility>
-
 #include "formats/dst.h"
 #include "tests/test_support.h"
 
@@ -12,7 +9,6 @@ namespace fennick {
 namespace {
 
 using Bytes = std::vector<uint8_t>;
-
 
 TEST(ExpWriter, GoldenBytes) {
   Design design;

@@ -8,7 +8,6 @@
 namespace fennick {
 namespace {
 
-
 TEST(FormatTable, CodesAndExtensions) {
   EXPECT_EQ(FormatExtension(16), "TXT");
   EXPECT_EQ(FormatExtension(17), "");

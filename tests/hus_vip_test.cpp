@@ -1,8 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <random>
-#include <set>
 #include <string>
 #include <utility>
 
@@ -20,7 +18,6 @@
 
 namespace fennick {
 namespace {
-
 
 // Collects the lines the formats have for the user while it lives.
 class Messages : public UserInterface {

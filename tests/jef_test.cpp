@@ -4,7 +4,6 @@
 
 #include <set>
 #include <tuple>
-#include <utility>
 
 #include "core/byte_cursor.h"
 #include "formats/dst.h"

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <set>
 
 #include "core/byte_cursor.h"
 #include "formats/pes.h"
@@ -11,7 +10,6 @@
 
 namespace fennick {
 namespace {
-
 
 using Rgb = std::array<uint8_t, 3>;
 constexpr std::array<Rgb, 16> kDefaultTable{{{0, 0, 0}, {0, 0, 128}, {0, 0, 255}, {0, 128, 128}, {0, 255, 255},

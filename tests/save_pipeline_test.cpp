@@ -13,7 +13,6 @@
 namespace fennick {
 namespace {
 
-
 // A centred w by h rectangle (stitch units, both even), one thread.
 Design Rectangle(int32_t width, int32_t height) {
   Design design;

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <set>
 #include <utility>
 
 #include "formats/dst.h"
@@ -12,7 +11,6 @@
 
 namespace fennick {
 namespace {
-
 
 // Offsets of the picture blocks: the whole design, then per colour the small
 // and the large one, and the outline.

@@ -10,7 +10,6 @@
 namespace fennick {
 namespace {
 
-
 struct ShvColor {
   uint16_t stitchCount;
   uint8_t paletteIndex, chart;
