@@ -132,7 +132,7 @@ TEST(MakeBitmap, FollowsTheSettings) {
   EXPECT_EQ(file, std::vector<uint8_t>{1});
 
   Design design;
-  ASSERT_TRUE(ReadDst(design, test::AsReaderInput(test::ReadTestFile("geometric_objects.dst"))));
+  ASSERT_TRUE(test::ReadSample(ReadDst, design, "geometric_objects.dst"));
   std::set<uint32_t> flatColors = {0xFFFFFF};
   for (const ThreadColor& thread : design.threads) {
     StitchBitmap pen;

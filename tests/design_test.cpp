@@ -14,9 +14,7 @@
 namespace fennick {
 namespace {
 
-using test::Node;
-using test::Nodes;
-using NodeList = std::vector<Node>;
+using NodeList = std::vector<test::Node>;
 using Bounds = std::array<int32_t, 4>;  // maxX, maxY, minX, minY: the field order
 using Point = std::pair<int32_t, int32_t>;
 
@@ -125,7 +123,7 @@ TEST(DesignCentre, MovesDesignOntoOriginAndBalancesOddSizes) {
     Design design = MakeDesign(c.nodes);
     SetBounds(design, {1, 2, 3, 4});
     EXPECT_EQ(AsPair(design.Centre(NodeAt(design, c.start))), c.end);
-    EXPECT_EQ(Nodes(design), c.expected);
+    EXPECT_EQ(test::Nodes(design), c.expected);
     EXPECT_EQ(BoundsOf(design), c.bounds);
   }
 }
@@ -154,7 +152,7 @@ TEST(DesignMergeJumps, FoldsJumpRuns) {
     SCOPED_TRACE(c.name);
     Design design = MakeDesign(c.nodes);
     design.MergeJumps(c.keepStitches);
-    EXPECT_EQ(Nodes(design), c.expected);
+    EXPECT_EQ(test::Nodes(design), c.expected);
   }
 }
 
@@ -197,7 +195,7 @@ TEST(DesignSplitLongStitches, CutsMovesLongerThanMaxStep) {
     SCOPED_TRACE(c.name);
     Design design = MakeDesign(c.nodes);
     design.SplitLongStitches(c.maxStep, 0, c.pureJumps);
-    EXPECT_EQ(Nodes(design), c.expected);
+    EXPECT_EQ(test::Nodes(design), c.expected);
   }
 }
 
@@ -210,7 +208,7 @@ TEST(DesignRotateQuarter, TurnsMovesAndSwapsBoundsWithoutRecomputing) {
     Design design = MakeDesign({{3, 5, 0}, {-7, 2, J}, {0, -4, S}});
     SetBounds(design, {10, 20, -3, -4});
     design.RotateQuarter(direction);
-    EXPECT_EQ(Nodes(design), expected);
+    EXPECT_EQ(test::Nodes(design), expected);
     EXPECT_EQ(BoundsOf(design), (Bounds{20, 10, -4, -3}));
   }
 }
@@ -220,7 +218,7 @@ TEST(DesignStripLeadingMoves, DropsLeadingJumpsAndEmptyMovesThenCentres) {
   design.StripLeadingMoves();
   // Positions left: (10, 0) to (61, 6), cx 35, cy 3. The dropped moves are
   // not passed on; the later jump stays.
-  EXPECT_EQ(Nodes(design), (NodeList{{-35, -3, J}, {10, 0, 0}, {0, 6, 0}, {50, 0, J}, {1, 0, 0}}));
+  EXPECT_EQ(test::Nodes(design), (NodeList{{-35, -3, J}, {10, 0, 0}, {0, 6, 0}, {50, 0, J}, {1, 0, 0}}));
   EXPECT_EQ(BoundsOf(design), (Bounds{26, 3, -25, -3}));
 
   Design onlyMoves = MakeDesign({{100, 100, J}, {0, 0, 0}, {5, 5, J}});
@@ -260,7 +258,7 @@ TEST(DesignNormalizeColorStops, MakesStopsPureAndThreadsMatch) {
     Design design = MakeDesign(c.nodes);
     design.threads = NumberedThreads(c.threadCount);
     EXPECT_EQ(design.NormalizeColorStops(), c.result);
-    EXPECT_EQ(Nodes(design), c.expected);
+    EXPECT_EQ(test::Nodes(design), c.expected);
     EXPECT_EQ(ThreadNames(design), c.threads);
   }
 }
@@ -434,7 +432,7 @@ TEST(DesignDefaultPalette, ColoursGapsAndWrapping) {
   Design design = MakeDesign({{10, 0, 0}});
   design.AppendThread(DefaultPaletteColor(1));
   design.AppendThread(DefaultPaletteColor(2));
-  EXPECT_EQ(Nodes(design), (NodeList{{10, 0, 0}, {0, 0, S}, {0, 0, S}}));
+  EXPECT_EQ(test::Nodes(design), (NodeList{{10, 0, 0}, {0, 0, S}, {0, 0, S}}));
   EXPECT_EQ(ThreadNames(design), (std::vector<std::string>{"Blue", "Light Green"}));
   EXPECT_EQ(design.DisplayedStitchCount(), 2);
 }
@@ -460,9 +458,9 @@ TEST(DesignCopyAndClear, LeaveTheFormatFieldsOnPurpose) {
   target.fileThreads = NumberedThreads(2);
   target.formatVersion = target.hoopWidth = target.hoopHeight = 9;
   target = source;
-  const NodeList copied = Nodes(source);
+  const NodeList copied = test::Nodes(source);
   source.stitches.Head()->dx = 50;
-  EXPECT_EQ(Nodes(target), copied);
+  EXPECT_EQ(test::Nodes(target), copied);
   EXPECT_EQ(ThreadNames(target), (std::vector<std::string>{"T0", "T1"}));
   EXPECT_EQ(target.threads[0].properties.at(0).data, (std::vector<uint8_t>{1, 2, 3}));
   EXPECT_EQ(target.properties.at(0).data, (std::vector<uint8_t>{9, 8}));

@@ -11,11 +11,6 @@
 namespace fennick {
 namespace {
 
-using test::AsReaderInput;
-using test::Node;
-using test::Nodes;
-using test::SetNodes;
-
 // The header a writer makes for the given fields, built from the layout.
 std::vector<uint8_t> ExpectedHeader(const std::string& text) {
   std::vector<uint8_t> header(512, ' ');
@@ -35,7 +30,7 @@ TEST(DstWriter, GoldenBytes) {
   design.name = "/designs/rose.pes";
   design.threads.resize(2);
   // A stitch and a stop, then a 122-unit jump that must be split in two.
-  SetNodes(design, {{10, 20, 0}, {-5, 3, 0}, {0, 0, STITCH_COLORSTOP}, {122, 0, STITCH_JUMP}, {1, 1, 0}});
+  test::SetNodes(design, {{10, 20, 0}, {-5, 3, 0}, {0, 0, STITCH_COLORSTOP}, {122, 0, STITCH_JUMP}, {1, 1, 0}});
 
   std::vector<uint8_t> out;
   ASSERT_EQ(WriteDst(design, out), 0);
@@ -70,7 +65,7 @@ TEST(DstWriter, LongLabelPushesFieldsOnAndSpaceFallsInside) {
   Design design;
   design.name = "twenty-one-characters.dst";
   design.threads.resize(1);
-  SetNodes(design, {{0, 0, STITCH_JUMP}, {2, 2, 0}});
+  test::SetNodes(design, {{0, 0, STITCH_JUMP}, {2, 2, 0}});
   std::vector<uint8_t> out;
   ASSERT_EQ(WriteDst(design, out), 0);
   const std::string text(out.begin(), out.begin() + 140);
@@ -86,14 +81,14 @@ TEST(DstWriter, LongLabelPushesFieldsOnAndSpaceFallsInside) {
 TEST(DstWriter, EveryWritePrependsAZeroNode) {
   Design design;
   design.threads.resize(1);
-  SetNodes(design, {{0, 0, STITCH_JUMP}, {3, 4, 0}});
+  test::SetNodes(design, {{0, 0, STITCH_JUMP}, {3, 4, 0}});
   std::vector<uint8_t> out;
   WriteDst(design, out);
-  EXPECT_EQ(Nodes(design), (std::vector<Node>{{0, 0, 0}, {-1, -2, STITCH_JUMP}, {3, 4, 0}}));
+  EXPECT_EQ(test::Nodes(design), (std::vector<test::Node>{{0, 0, 0}, {-1, -2, STITCH_JUMP}, {3, 4, 0}}));
   // The second write finds a stitch at the head, so centring adds a jump too.
   WriteDst(design, out);
-  EXPECT_EQ(Nodes(design),
-            (std::vector<Node>{{0, 0, 0}, {0, 0, STITCH_JUMP}, {0, 0, 0}, {-1, -2, STITCH_JUMP}, {3, 4, 0}}));
+  EXPECT_EQ(test::Nodes(design),
+            (std::vector<test::Node>{{0, 0, 0}, {0, 0, STITCH_JUMP}, {0, 0, 0}, {-1, -2, STITCH_JUMP}, {3, 4, 0}}));
 }
 
 TEST(DstReader, ColourChangeGivesStopAndJumpThatMergesWithItsLanding) {
@@ -108,7 +103,7 @@ TEST(DstReader, ColourChangeGivesStopAndJumpThatMergesWithItsLanding) {
       {0x01, 0x00, 0x03},  // after the end record: not read
   });
   Design design;
-  ASSERT_TRUE(ReadDst(design, AsReaderInput(bytes)));
+  ASSERT_TRUE(ReadDst(design, test::AsReaderInput(bytes)));
   ASSERT_EQ(design.threads.size(), 2u);
   EXPECT_EQ(design.threads[0].colorName, "Black");
   EXPECT_EQ(design.threads[1].colorName, "Blue");
@@ -116,9 +111,9 @@ TEST(DstReader, ColourChangeGivesStopAndJumpThatMergesWithItsLanding) {
   // Positions after merging: (1,0) (1,0) (10,3) (11,3). Centre subtracts
   // (6, 1) through a new head jump; the odd height then puts its extra unit
   // on the minus side of y.
-  const std::vector<Node> expected = {{-6, -2, STITCH_JUMP}, {1, 0, 0},  {0, 0, STITCH_COLORSTOP},
-                                      {9, 3, STITCH_JUMP},   {1, 0, 0}};
-  EXPECT_EQ(Nodes(design), expected);
+  const std::vector<test::Node> expected = {{-6, -2, STITCH_JUMP}, {1, 0, 0},  {0, 0, STITCH_COLORSTOP},
+                                            {9, 3, STITCH_JUMP},   {1, 0, 0}};
+  EXPECT_EQ(test::Nodes(design), expected);
   EXPECT_EQ(design.minX, -5);
   EXPECT_EQ(design.maxX, 5);
   EXPECT_EQ(design.minY, -2);
@@ -127,30 +122,30 @@ TEST(DstReader, ColourChangeGivesStopAndJumpThatMergesWithItsLanding) {
 
 TEST(DstReader, OppositeBitsOfOnePowerCancel) {
   Design design;
-  ASSERT_TRUE(ReadDst(design, AsReaderInput(DstFile({{0x03, 0xC0, 0x03}, {0x02, 0x00, 0x03}}))));
+  ASSERT_TRUE(ReadDst(design, test::AsReaderInput(DstFile({{0x03, 0xC0, 0x03}, {0x02, 0x00, 0x03}}))));
   // x+1 and x-1, y+3 and y-3 cancel: the first record is a stitch on the
   // spot. x spans -1..0, so the odd width's extra unit goes to the plus side.
-  EXPECT_EQ(Nodes(design), (std::vector<Node>{{1, 0, STITCH_JUMP}, {0, 0, 0}, {-1, 0, 0}}));
+  EXPECT_EQ(test::Nodes(design), (std::vector<test::Node>{{1, 0, STITCH_JUMP}, {0, 0, 0}, {-1, 0, 0}}));
 }
 
 TEST(DstReader, ShortFilesAndPartialRecords) {
   Design design;
   // Header and one whole record: it is read.
   std::vector<uint8_t> bytes = DstFile({{0x01, 0x00, 0x03}});
-  ASSERT_TRUE(ReadDst(design, AsReaderInput(bytes)));
+  ASSERT_TRUE(ReadDst(design, test::AsReaderInput(bytes)));
   EXPECT_EQ(design.stitches.Size(), 2u);  // head jump and the stitch
   // Two bytes of a record are no record.
   bytes.pop_back();
-  ASSERT_TRUE(ReadDst(design, AsReaderInput(bytes)));
+  ASSERT_TRUE(ReadDst(design, test::AsReaderInput(bytes)));
   EXPECT_TRUE(design.stitches.Empty());
   EXPECT_EQ(design.threads.size(), 1u);
   // A trailing partial record is ignored.
   bytes = DstFile({{0x01, 0x00, 0x03}, {0x01, 0x00, 0x03}});
   bytes.push_back(0x01);
-  ASSERT_TRUE(ReadDst(design, AsReaderInput(bytes)));
+  ASSERT_TRUE(ReadDst(design, test::AsReaderInput(bytes)));
   EXPECT_EQ(design.stitches.Size(), 3u);  // head jump and two stitches
   // A closing colour change leaves a stop and a jump; the jump is the tail.
-  ASSERT_TRUE(ReadDst(design, AsReaderInput(DstFile({{0x01, 0x00, 0x03}, {0x00, 0x00, 0xC3}}))));
+  ASSERT_TRUE(ReadDst(design, test::AsReaderInput(DstFile({{0x01, 0x00, 0x03}, {0x00, 0x00, 0xC3}}))));
   EXPECT_FALSE(design.stitches.Tail()->IsColorStop());
   EXPECT_EQ(design.threads.size(), 2u);
 }
@@ -161,16 +156,16 @@ TEST(DstRoundTrip, EveryMoveUpTo121SurvivesAndLongerOnesAreSplit) {
   for (int32_t d = -121; d <= 121; ++d) {
     Design design;
     design.threads.resize(1);
-    SetNodes(design, {{0, 0, STITCH_JUMP}, {0, 0, 0}, {d, -d, 0}, {d / 2, 121, 0}});
+    test::SetNodes(design, {{0, 0, STITCH_JUMP}, {0, 0, 0}, {d, -d, 0}, {d / 2, 121, 0}});
     std::vector<uint8_t> out;
     ASSERT_EQ(WriteDst(design, out), 0);
     Design read;
-    ReadDst(read, AsReaderInput(out));
+    ReadDst(read, test::AsReaderInput(out));
     // A new head jump from centring, the writer's zero node, the old head jump.
-    const std::vector<Node> nodes = Nodes(read);
+    const std::vector<test::Node> nodes = test::Nodes(read);
     ASSERT_EQ(nodes.size(), 5u) << d;
-    EXPECT_EQ(nodes[3], Node(d, -d, 0)) << d;
-    EXPECT_EQ(nodes[4], Node(d / 2, 121, 0)) << d;
+    EXPECT_EQ(nodes[3], test::Node(d, -d, 0)) << d;
+    EXPECT_EQ(nodes[4], test::Node(d / 2, 121, 0)) << d;
   }
 }
 
@@ -180,18 +175,18 @@ TEST(DstRoundTrip, LongJumpsComeBackWhole) {
   for (const int32_t dx : {-2398, -1450, 1450, 4000, -32000}) {
     Design design;
     design.threads.resize(1);
-    SetNodes(design, {{10, 0, 0}, {dx, 40, STITCH_JUMP}, {10, 5, 0}});
+    test::SetNodes(design, {{10, 0, 0}, {dx, 40, STITCH_JUMP}, {10, 5, 0}});
     std::vector<uint8_t> out;
     ASSERT_EQ(WriteDst(design, out), 0);
     Design read;
-    ReadDst(read, AsReaderInput(out));
-    std::vector<Node> moves;
-    for (const Node& node : Nodes(read)) {
+    ReadDst(read, test::AsReaderInput(out));
+    std::vector<test::Node> moves;
+    for (const test::Node& node : test::Nodes(read)) {
       if (std::get<0>(node) != 0 || std::get<1>(node) != 0) moves.push_back(node);
     }
     ASSERT_GE(moves.size(), 2u) << dx;
-    EXPECT_EQ(moves[moves.size() - 2], Node(dx, 40, STITCH_JUMP)) << dx;
-    EXPECT_EQ(moves.back(), Node(10, 5, 0)) << dx;
+    EXPECT_EQ(moves[moves.size() - 2], test::Node(dx, 40, STITCH_JUMP)) << dx;
+    EXPECT_EQ(moves.back(), test::Node(10, 5, 0)) << dx;
   }
 }
 
@@ -200,7 +195,7 @@ TEST(DstReader, RealSampleFile) {
   // +X 411, -X 412, +Y 424, -Y 424. The PES tests hold its stitches against
   // the PEC file of the same design.
   Design design;
-  ASSERT_TRUE(ReadDst(design, AsReaderInput(test::ReadTestFile("geometric_objects.dst"))));
+  ASSERT_TRUE(test::ReadSample(ReadDst, design, "geometric_objects.dst"));
   const char* const names[] = {"Black", "Blue", "Light Green", "Red"};
   ASSERT_EQ(design.threads.size(), 4u);
   for (size_t i = 0; i < 4; ++i) EXPECT_EQ(design.threads[i].colorName, names[i]);

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <string>
 
 #include "archive/zip_member.h"
@@ -13,10 +12,6 @@
 
 namespace fennick {
 namespace {
-
-using test::AsReaderInput;
-using test::Node;
-using test::Nodes;
 
 std::vector<uint8_t> EmdFile(const std::vector<uint8_t>& pairs) {
   std::vector<uint8_t> bytes(50, 0x11);
@@ -40,11 +35,11 @@ std::vector<uint8_t> Text(const std::string& text) { return {text.begin(), text.
 
 TEST(EmdReader, PairsAndEndSteps) {
   Design design;
-  ASSERT_TRUE(ReadEmd(design, AsReaderInput(kTwoColours)));
+  ASSERT_TRUE(ReadEmd(design, test::AsReaderInput(kTwoColours)));
   // Positions (5,3) (5,3) (17,-5) (15,-4); centring inserts (-11, 1).
-  const std::vector<Node> expected = {
+  const std::vector<test::Node> expected = {
       {-11, 1, STITCH_JUMP}, {5, 3, 0}, {0, 0, STITCH_COLORSTOP}, {12, -8, STITCH_JUMP}, {-2, 1, 0}};
-  EXPECT_EQ(Nodes(design), expected);
+  EXPECT_EQ(test::Nodes(design), expected);
   ASSERT_EQ(design.threads.size(), 2u);
   EXPECT_EQ(design.threads[0].colorName, "Black");
   EXPECT_EQ(design.threads[1].colorName, "Blue");
@@ -56,7 +51,7 @@ TEST(EmdReader, ThePaletteDoesNotWrap) {
   for (int i = 0; i < 29; ++i) pairs.insert(pairs.end(), {0x01, 0x01, 0x80, 0x2A});
   pairs.insert(pairs.end(), {0x01, 0x01});
   Design design;
-  ASSERT_TRUE(ReadEmd(design, AsReaderInput(EmdFile(pairs))));
+  ASSERT_TRUE(ReadEmd(design, test::AsReaderInput(EmdFile(pairs))));
   ASSERT_EQ(design.threads.size(), 30u);
   EXPECT_EQ(design.threads[28].colorName, "Light Brown");
   EXPECT_EQ(design.threads[29].colorName, "Light Gray");
@@ -67,7 +62,7 @@ TEST(EmdReader, OnlyWholePairsBehindTheHeaderAreRead) {
     std::vector<uint8_t> bytes = EmdFile({0x03, 0x04});
     bytes.resize(length);
     Design design;
-    ASSERT_TRUE(ReadEmd(design, AsReaderInput(bytes)));
+    ASSERT_TRUE(ReadEmd(design, test::AsReaderInput(bytes)));
     EXPECT_EQ(design.stitches.Empty(), length < 52) << length;
   }
 }
@@ -130,40 +125,25 @@ TEST(EmdReader, GeometricSampleMatchesTheDstOfTheSameDesign) {
   folder.Write("g.col", test::ReadTestFile("geometric_objects.col"));
   Design emd, dst;
   ASSERT_EQ(ReadDesignFile(emd, folder.File("g.emd")), 0);
-  ASSERT_TRUE(ReadDst(dst, AsReaderInput(test::ReadTestFile("geometric_objects.dst"))));
+  ASSERT_TRUE(test::ReadSample(ReadDst, dst, "geometric_objects.dst"));
   // The colour file's four lines.
   const uint32_t colours[] = {ColorRef(0, 0, 200), ColorRef(255, 243, 128), ColorRef(255, 0, 255),
                               ColorRef(130, 202, 255)};
   ASSERT_EQ(emd.threads.size(), 4u);
   for (size_t i = 0; i < 4; ++i) EXPECT_EQ(emd.threads[i].rgb, colours[i]) << i;
   EXPECT_EQ((std::array{emd.minX, emd.maxX, emd.minY, emd.maxY}), (std::array{dst.minX, dst.maxX, dst.minY, dst.maxY}));
-  std::vector<std::pair<int32_t, int32_t>> expected;
-  int32_t x = 0, y = 0;
-  for (const StitchNode& node : dst.stitches) {
-    x += node.dx;
-    y += node.dy;
-    expected.emplace_back(x, y);
-  }
-  std::sort(expected.begin(), expected.end());
-  x = y = 0;
-  size_t stitches = 0, missing = 0;
-  for (const StitchNode& node : emd.stitches) {
-    x += node.dx;
-    y += node.dy;
-    if (node.flags != 0 || !node.HasMove()) continue;
-    ++stitches;
-    if (!std::binary_search(expected.begin(), expected.end(), std::pair{x, y})) ++missing;
-  }
+  const auto stitches = test::NeedlePath(emd);
+  const size_t missing = test::CountMissing(stitches, test::NeedlePoints(dst, test::Landing::kAny));
   // The DST splits its long stitches, so a few of its points lie elsewhere.
-  EXPECT_GT(stitches, 8000u);
+  EXPECT_GT(stitches.size(), 8000u);
   EXPECT_LT(missing, 20u);
 }
 
 TEST(EmdReader, EveryTruncationOfASampleReads) {
   const std::vector<uint8_t> bytes = test::ReadTestFile("shamrockin.emd");
-  for (size_t length = 0; length <= bytes.size(); ++length) {
+  for (const size_t length : test::CutLengths(bytes.size())) {
     Design design;
-    ReadEmd(design, AsReaderInput({bytes.begin(), bytes.begin() + static_cast<ptrdiff_t>(length)}));
+    ReadEmd(design, test::CutInput(bytes, length));
   }
 }
 

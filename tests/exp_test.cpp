@@ -2,41 +2,22 @@
 
 #include <gtest/gtest.h>
 
-#include <set>
-#include <utility>
-
 #include "formats/dst.h"
 #include "tests/test_support.h"
 
 namespace fennick {
 namespace {
 
-using test::AsReaderInput;
-using test::Node;
-using test::Nodes;
-using test::SetNodes;
 using Bytes = std::vector<uint8_t>;
-
-// Where stitches with a move land; with `everyNode`, where every node does.
-std::vector<std::pair<int32_t, int32_t>> StitchPositions(const Design& design, bool everyNode = false) {
-  std::vector<std::pair<int32_t, int32_t>> positions;
-  int32_t x = 0, y = 0;
-  for (const StitchNode& node : design.stitches) {
-    x += node.dx;
-    y += node.dy;
-    if (everyNode || (node.flags == 0 && node.HasMove())) positions.emplace_back(x, y);
-  }
-  return positions;
-}
 
 TEST(ExpWriter, GoldenBytes) {
   Design design;
   design.threads.resize(3);
-  SetNodes(design, {{10, 20, 0},
-                    {0, 0, STITCH_COLORSTOP},
-                    {200, 0, STITCH_JUMP},  // split into two jumps of 100 and a zero stitch
-                    {-5, 3, 0},
-                    {2, 1, STITCH_COLORSTOP | STITCH_JUMP}});  // a stop with a move
+  test::SetNodes(design, {{10, 20, 0},
+                          {0, 0, STITCH_COLORSTOP},
+                          {200, 0, STITCH_JUMP},  // split into two jumps of 100 and a zero stitch
+                          {-5, 3, 0},
+                          {2, 1, STITCH_COLORSTOP | STITCH_JUMP}});  // a stop with a move
   Bytes out;
   ASSERT_EQ(WriteExp(design, out), 0);
   const Bytes expected = {
@@ -71,16 +52,16 @@ TEST(ExpReader, ControlPairsThreadsAndTheTail) {
       0x80, 0x01, 0x00, 0x00,              // a closing colour change takes its thread back
   };
   Design design;
-  ASSERT_TRUE(ReadExp(design, AsReaderInput(file)));
+  ASSERT_TRUE(ReadExp(design, test::AsReaderInput(file)));
   ASSERT_EQ(design.threads.size(), 3u);
   EXPECT_EQ(design.threads[0].colorName, "Black");
   EXPECT_EQ(design.threads[1].colorName, "Blue");
   EXPECT_EQ(design.threads[2].colorName, "Light Green");
   EXPECT_TRUE(design.defaultColors);
   // Positions (8,4) (8,4) (11,5) (11,5) (11,5) (16,10) (15,9): centre (12, 7).
-  const std::vector<Node> expected = {{-4, -3, STITCH_JUMP}, {0, 0, STITCH_COLORSTOP}, {3, 1, STITCH_JUMP},
-                                      {0, 0, STITCH_COLORSTOP}, {0, 0, 0}, {5, 5, 0}, {-1, -1, 0}};
-  EXPECT_EQ(Nodes(design), expected);
+  const std::vector<test::Node> expected = {{-4, -3, STITCH_JUMP}, {0, 0, STITCH_COLORSTOP}, {3, 1, STITCH_JUMP},
+                                            {0, 0, STITCH_COLORSTOP}, {0, 0, 0}, {5, 5, 0}, {-1, -1, 0}};
+  EXPECT_EQ(test::Nodes(design), expected);
   EXPECT_EQ((std::array{design.minX, design.maxX, design.minY, design.maxY}), (std::array{-4, 4, -3, 3}));
 }
 
@@ -88,7 +69,7 @@ TEST(ExpReader, ShortAndBrokenEnds) {
   struct Case {
     const char* what;
     Bytes file;
-    std::vector<Node> nodes;  // before centring, as the tail cleaning leaves them
+    std::vector<test::Node> nodes;  // before centring, as the tail cleaning leaves them
   };
   const Case cases[] = {
       {"empty file: only the step back", {}, {{-1, -1, 0}}},
@@ -99,10 +80,10 @@ TEST(ExpReader, ShortAndBrokenEnds) {
   };
   for (const Case& c : cases) {
     Design design;
-    ASSERT_TRUE(ReadExp(design, AsReaderInput(c.file))) << c.what;
+    ASSERT_TRUE(ReadExp(design, test::AsReaderInput(c.file))) << c.what;
     EXPECT_EQ(design.threads.size(), 1u) << c.what;
     // Every node list here centres through a new head jump.
-    std::vector<Node> nodes = Nodes(design);
+    std::vector<test::Node> nodes = test::Nodes(design);
     ASSERT_FALSE(nodes.empty()) << c.what;
     EXPECT_EQ(std::get<2>(nodes.front()), STITCH_JUMP) << c.what;
     nodes.erase(nodes.begin());
@@ -115,29 +96,29 @@ TEST(ExpReader, ShortAndBrokenEnds) {
 TEST(ExpRoundTrip, MovesUpTo121ComeBackAndLongerOnesAreSplit) {
   Design design;
   design.threads.resize(2);
-  std::vector<Node> nodes = {{0, 0, STITCH_JUMP}, {0, 0, 0}};
+  std::vector<test::Node> nodes = {{0, 0, STITCH_JUMP}, {0, 0, 0}};
   for (int32_t d = -121; d <= 121; d += 2) nodes.emplace_back(d, 121 - (d < 0 ? -d : d), 0);
   nodes.emplace_back(0, 0, STITCH_COLORSTOP);
   nodes.emplace_back(30, -40, STITCH_JUMP);  // short: no satin test applies
   nodes.emplace_back(0, 0, 0);
   nodes.emplace_back(122, 0, 0);  // split into two jumps of 61 and a zero stitch
   nodes.emplace_back(-3, 7, 0);
-  SetNodes(design, nodes);
+  test::SetNodes(design, nodes);
   Design original = design;
 
   Bytes out;
   ASSERT_EQ(WriteExp(design, out), 0);
   for (size_t i = 0; i + 1 < out.size(); i += 2) ASSERT_FALSE(out[i] == 0x80 && out[i + 1] == 0x80) << i;
   Design read;
-  ASSERT_TRUE(ReadExp(read, AsReaderInput(out)));
+  ASSERT_TRUE(ReadExp(read, test::AsReaderInput(out)));
   EXPECT_EQ(read.threads.size(), 2u);
-  auto expected = StitchPositions(original);
+  auto expected = test::NeedlePath(original);
   expected.erase(expected.end() - 2);  // the split stitch lands as a jump
-  auto actual = StitchPositions(read);
+  auto actual = test::NeedlePath(read);
   ASSERT_EQ(actual.size(), expected.size() + 1);  // and the reader adds its step back
   EXPECT_EQ(actual.back().first - actual[actual.size() - 2].first, -1);
   actual.pop_back();
-  const int32_t shiftX = actual[0].first - expected[0].first, shiftY = actual[0].second - expected[0].second;
+  const int64_t shiftX = actual[0].first - expected[0].first, shiftY = actual[0].second - expected[0].second;
   for (auto& [x, y] : expected) {
     x += shiftX;
     y += shiftY;
@@ -149,7 +130,7 @@ TEST(ExpReader, RealFileLiesWhereTheDstOfTheSameDesignDoes) {
   const Bytes bytes = test::ReadTestFile("geometric_objects.exp");
   Design exp;
   exp.name = "geometric_objects.exp";
-  ASSERT_TRUE(ReadExp(exp, AsReaderInput(bytes)));
+  ASSERT_TRUE(ReadExp(exp, test::AsReaderInput(bytes)));
   const char* const names[] = {"Black", "Blue", "Light Green", "Red"};
   ASSERT_EQ(exp.threads.size(), 4u);
   for (size_t i = 0; i < 4; ++i) EXPECT_EQ(exp.threads[i].colorName, names[i]) << i;
@@ -157,21 +138,18 @@ TEST(ExpReader, RealFileLiesWhereTheDstOfTheSameDesignDoes) {
   EXPECT_EQ(exp.maxY - exp.minY, 848);
 
   Design dst;
-  ASSERT_TRUE(ReadDst(dst, AsReaderInput(test::ReadTestFile("geometric_objects.dst"))));
+  ASSERT_TRUE(test::ReadSample(ReadDst, dst, "geometric_objects.dst"));
   // The file's jump runs end in a stitch of the same step, which the jump
   // swallows on reading: its landing is then a jump's end point.
-  const auto expPositions = StitchPositions(exp, true), dstPositions = StitchPositions(dst);
-  const std::set<std::pair<int32_t, int32_t>> expStitches(expPositions.begin(), expPositions.end());
-  ASSERT_GT(dstPositions.size(), 8000u);
-  size_t missing = 0;
-  for (const auto& position : dstPositions) missing += expStitches.count(position) == 0 ? 1 : 0;
-  EXPECT_EQ(missing, 0u);
+  const auto dstStitches = test::NeedlePath(dst);
+  ASSERT_GT(dstStitches.size(), 8000u);
+  EXPECT_EQ(test::CountMissing(dstStitches, test::NeedlePoints(exp, test::Landing::kAny)), 0u);
 
   // Cut anywhere, the file still reads: every length at first, then a stride
   // that meets both parities.
-  for (size_t length = 0; length <= bytes.size(); length += length < 2048 ? 1 : 13) {
+  for (const size_t length : test::CutLengths(bytes.size(), 2048, 13)) {
     Design cut;
-    ASSERT_TRUE(ReadExp(cut, AsReaderInput(Bytes(bytes.begin(), bytes.begin() + length)))) << length;
+    ASSERT_TRUE(ReadExp(cut, test::CutInput(bytes, length))) << length;
   }
 }
 

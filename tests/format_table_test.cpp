@@ -8,9 +8,6 @@
 namespace fennick {
 namespace {
 
-using test::ScratchFolder;
-using test::SetNodes;
-
 TEST(FormatTable, CodesAndExtensions) {
   EXPECT_EQ(FormatExtension(16), "TXT");
   EXPECT_EQ(FormatExtension(17), "");
@@ -47,11 +44,11 @@ TEST(FormatTable, ExtensionLists) {
 
 class DispatchTest : public ::testing::Test {
  protected:
-  ScratchFolder folder;
+  test::ScratchFolder folder;
   std::vector<uint8_t> DstBytes() {
     Design design;
     design.threads.resize(2);
-    SetNodes(design, {{0, 0, STITCH_JUMP}, {0, 0, 0}, {10, 0, 0}, {0, 0, STITCH_COLORSTOP}, {0, 10, 0}});
+    test::SetNodes(design, {{0, 0, STITCH_JUMP}, {0, 0, 0}, {10, 0, 0}, {0, 0, STITCH_COLORSTOP}, {0, 10, 0}});
     std::vector<uint8_t> bytes;
     WriteDst(design, bytes);
     return bytes;
@@ -98,7 +95,7 @@ TEST_F(DispatchTest, WriteTargetComesFromSettingsOrForcedFormat) {
   const PreferenceStore store;
   Design source;
   source.threads.resize(1);
-  SetNodes(source, {{0, 0, STITCH_JUMP}, {5, 5, 0}});
+  test::SetNodes(source, {{0, 0, STITCH_JUMP}, {5, 5, 0}});
   source.name = "/d/rose.exp";
   std::vector<uint8_t> out;
 

@@ -1,8 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <random>
-#include <set>
 #include <string>
 #include <utility>
 
@@ -20,11 +18,6 @@
 
 namespace fennick {
 namespace {
-
-using test::AsReaderInput;
-using test::Node;
-using test::Nodes;
-using test::SetNodes;
 
 // Collects the lines the formats have for the user while it lives.
 class Messages : public UserInterface {
@@ -82,17 +75,6 @@ std::string Hex(uint32_t rgb) {
   return text;
 }
 
-std::set<std::pair<int64_t, int64_t>> Positions(const Design& design) {
-  std::set<std::pair<int64_t, int64_t>> points;
-  int64_t x = 0, y = 0;
-  for (const StitchNode& node : design.stitches) {
-    x += node.dx;
-    y += node.dy;
-    if (!node.IsJump()) points.insert({x, y});
-  }
-  return points;
-}
-
 TEST(HusVipReader, RealFilesGiveTheirColoursSizeAndStitches) {
   struct Case {
     const char* file;
@@ -108,8 +90,8 @@ TEST(HusVipReader, RealFilesGiveTheirColoursSizeAndStitches) {
   };
   Design dst;
   dst.name = "geometric_objects.dst";
-  ASSERT_TRUE(ReadDst(dst, AsReaderInput(test::ReadTestFile("geometric_objects.dst"))));
-  const auto dstPositions = Positions(dst);
+  ASSERT_TRUE(test::ReadSample(ReadDst, dst, "geometric_objects.dst"));
+  const auto dstPositions = test::NeedlePoints(dst, test::Landing::kNotJump);
   for (const Case& c : cases) {
     const std::vector<uint8_t> file = test::ReadTestFile(c.file);
     HusVipHeader header;
@@ -119,7 +101,7 @@ TEST(HusVipReader, RealFilesGiveTheirColoursSizeAndStitches) {
     EXPECT_EQ(header.stitchCount, c.stitches) << c.file;
     EXPECT_EQ(Streams(file)[0].size(), c.stitches) << c.file;
     Design design;
-    ASSERT_TRUE(ReadNamed(c.read, design, AsReaderInput(file), c.file)) << c.file;
+    ASSERT_TRUE(ReadNamed(c.read, design, test::AsReaderInput(file), c.file)) << c.file;
     std::vector<std::string> colours;
     for (const ThreadColor& thread : design.threads) colours.push_back(Hex(thread.rgb));
     EXPECT_EQ(colours, c.colours) << c.file;
@@ -128,8 +110,7 @@ TEST(HusVipReader, RealFilesGiveTheirColoursSizeAndStitches) {
     EXPECT_EQ(design.maxY - design.minY, header.maxY - header.minY) << c.file;
     if (std::string(c.file).starts_with("geometric")) {
       // The same design as DST: every DST needle point is one of these.
-      const auto positions = Positions(design);
-      EXPECT_TRUE(std::ranges::includes(positions, dstPositions)) << c.file;
+      EXPECT_EQ(test::CountMissing(dstPositions, test::NeedlePoints(design, test::Landing::kNotJump)), 0u) << c.file;
     }
   }
 }
@@ -140,16 +121,16 @@ TEST(HusWriter, GoldenHeaderStreamsAndNodes) {
   design.threads = {DefaultPaletteColor(3), ThreadColor{}};
   design.threads[1].rgb = ColorRef(0, 0, 250);  // nearest: 1, Blue
   design.maxX = 100, design.maxY = 50, design.minX = -100, design.minY = -50;
-  SetNodes(design, {{5, -3, 0}, {10, 0, STITCH_JUMP}, {2, 2, STITCH_COLORSTOP}, {300, 0, 0}, {-130, -1, 0}});
+  test::SetNodes(design, {{5, -3, 0}, {10, 0, STITCH_JUMP}, {2, 2, STITCH_COLORSTOP}, {300, 0, 0}, {-130, -1, 0}});
   std::vector<uint8_t> out;
   ASSERT_EQ(WriteHusFile(design, out), 0);
   // Jump anchored by a zero stitch; the moving change split into a stop and
   // its move; 300 cut into 127, 127 (jumps) and 46; -130 into -127 and -3.
-  const std::vector<Node> nodes = {{5, -3, 0},    {10, 0, STITCH_JUMP},   {0, 0, 0},
-                                   {0, 0, STITCH_COLORSTOP}, {2, 2, 0},  {127, 0, STITCH_JUMP},
-                                   {127, 0, STITCH_JUMP},    {46, 0, 0}, {-127, -1, STITCH_JUMP},
-                                   {-3, 0, 0}};
-  EXPECT_EQ(Nodes(design), nodes);
+  const std::vector<test::Node> nodes = {{5, -3, 0},    {10, 0, STITCH_JUMP},   {0, 0, 0},
+                                         {0, 0, STITCH_COLORSTOP}, {2, 2, 0},  {127, 0, STITCH_JUMP},
+                                         {127, 0, STITCH_JUMP},    {46, 0, 0}, {-127, -1, STITCH_JUMP},
+                                         {-3, 0, 0}};
+  EXPECT_EQ(test::Nodes(design), nodes);
   const std::vector<uint8_t> head = {0x5B, 0xAF, 0xC8, 0x00, 10, 0, 0, 0, 2, 0, 0, 0,
                                      100, 0, 50, 0, 0x9C, 0xFF, 0xCE, 0xFF, 46, 0, 0, 0};
   ASSERT_GT(out.size(), 46u);
@@ -169,12 +150,13 @@ TEST(VipWriter, GoldenHeaderTablesAndSplit) {
   design.threads = {row};
   design.threads[0].chartIndex = 3;
   design.threads[0].rgb = row.rgb;
-  SetNodes(design, {{300, 0, 0}, {1, 1, 0}});
+  test::SetNodes(design, {{300, 0, 0}, {1, 1, 0}});
   std::vector<uint8_t> out;
   ASSERT_EQ(WriteVipFile(design, out), 0);
   // 300 splits at 120 into three jumps of 100, and stays as a zero stitch.
-  EXPECT_EQ(Nodes(design), (std::vector<Node>{{100, 0, STITCH_JUMP}, {100, 0, STITCH_JUMP}, {100, 0, STITCH_JUMP},
-                                             {0, 0, 0}, {1, 1, 0}}));
+  EXPECT_EQ(test::Nodes(design),
+            (std::vector<test::Node>{
+                {100, 0, STITCH_JUMP}, {100, 0, STITCH_JUMP}, {100, 0, STITCH_JUMP}, {0, 0, 0}, {1, 1, 0}}));
   ASSERT_GE(out.size(), 60u);
   ByteReader reader(out);
   EXPECT_EQ(reader.U32LE(), 0x0190FC5Du);
@@ -197,7 +179,7 @@ TEST(HusVipWriter, RefusalsAndTheirMessages) {
   Messages messages;
   Design design;
   design.name = "C:\\designs\\rose.pes";
-  SetNodes(design, {{1, 1, 0}});
+  test::SetNodes(design, {{1, 1, 0}});
   std::vector<uint8_t> out{1};
   EXPECT_EQ(WriteHusFile(design, out), -1);
   EXPECT_TRUE(out.empty());
@@ -216,23 +198,23 @@ TEST(HusVipRoundTrip, WrittenDesignsReadBackToTheSameNodes) {
     const char* name;
   };
   const Case formats[] = {{ReadHusFile, WriteHusFile, "a.hus"}, {ReadVipFile, WriteVipFile, "a.vip"}};
-  const std::vector<std::vector<Node>> designs = {
+  const std::vector<std::vector<test::Node>> designs = {
       {{0, 0, STITCH_JUMP}, {3, 4, 0}, {-120, 90, 0}, {0, 0, STITCH_COLORSTOP}, {500, -700, STITCH_JUMP}, {5, 5, 0},
        {4, 4, STITCH_COLORSTOP}, {1, 2, 0}},
       {{10, 10, 0}, {0, 0, STITCH_COLORSTOP}, {7, -7, 0}, {0, 0, STITCH_COLORSTOP}, {-3, 2, 0}},
   };
   // One stitch repeated packs best of all: far more stitches than file bytes.
-  std::vector<Node> repeated(60000, Node{2, 1, 0});
+  std::vector<test::Node> repeated(60000, test::Node{2, 1, 0});
   repeated[30000] = {0, 0, STITCH_COLORSTOP};
   repeated.push_back({0, 0, STITCH_COLORSTOP});
-  std::vector<std::vector<Node>> all = designs;
+  std::vector<std::vector<test::Node>> all = designs;
   all.push_back(repeated);
   for (const Case& format : formats) {
     for (const auto& nodes : all) {
       Design design;
       design.name = format.name;
       design.threads.resize(3, DefaultPaletteColor(12));
-      SetNodes(design, nodes);
+      test::SetNodes(design, nodes);
       design.ComputeBounds();
       std::vector<uint8_t> out;
       ASSERT_EQ(format.write(design, out), 0);
@@ -245,8 +227,8 @@ TEST(HusVipRoundTrip, WrittenDesignsReadBackToTheSameNodes) {
       expected.ReclassifyJumps();
       expected.Centre();
       Design read;
-      ASSERT_TRUE(ReadNamed(format.read, read, AsReaderInput(out), format.name));
-      EXPECT_EQ(Nodes(read), Nodes(expected)) << format.name;
+      ASSERT_TRUE(ReadNamed(format.read, read, test::AsReaderInput(out), format.name));
+      EXPECT_EQ(test::Nodes(read), test::Nodes(expected)) << format.name;
       ASSERT_EQ(read.threads.size(), 3u);
       uint32_t white = ColorRef(255, 255, 255);
       if (format.read == ReadVipFile) NearestChartName(white, 1, &white);
@@ -263,7 +245,7 @@ TEST(HusReader, ColoursAfterThe28thReadAsBlackAndLateBitsMakeJumps) {
   std::vector<uint8_t> out;
   ASSERT_EQ(WriteHusFile(design, out), 0);
   Design read;
-  ASSERT_TRUE(ReadNamed(ReadHusFile, read, AsReaderInput(out), "many.hus"));
+  ASSERT_TRUE(ReadNamed(ReadHusFile, read, test::AsReaderInput(out), "many.hus"));
   ASSERT_EQ(read.threads.size(), 30u);
   EXPECT_EQ(read.threads[27].colorName, "White");
   EXPECT_EQ(read.threads[28].colorName, "Black");
@@ -274,11 +256,11 @@ TEST(HusReader, ColoursAfterThe28thReadAsBlackAndLateBitsMakeJumps) {
     const std::vector<uint8_t> file =
         HandMadeHus(3, {{0x80, static_cast<uint8_t>(0x80 | bit), 0x80}, {1, 2, 90}, {0, 0, 0}});
     Design bits;
-    ASSERT_TRUE(ReadNamed(ReadHusFile, bits, AsReaderInput(file), "bits.hus"));
+    ASSERT_TRUE(ReadNamed(ReadHusFile, bits, test::AsReaderInput(file), "bits.hus"));
     // (1, 0), (2, 0), jump (90, 0); centring puts a jump in front.
-    const std::vector<Node> nodes = Nodes(bits);
+    const std::vector<test::Node> nodes = test::Nodes(bits);
     ASSERT_EQ(nodes.size(), 4u) << int{bit};
-    EXPECT_EQ(nodes[3], (Node{90, 0, STITCH_JUMP})) << int{bit};
+    EXPECT_EQ(nodes[3], (test::Node{90, 0, STITCH_JUMP})) << int{bit};
   }
 }
 
@@ -302,7 +284,7 @@ TEST(HusVipReader, DamagedFilesFailCleanlyWithTheirMessage) {
   Messages messages;
   std::vector<uint8_t> file = test::ReadTestFile("geometric_objects.hus");
   Design design;
-  EXPECT_FALSE(ReadNamed(ReadHusFile, design, AsReaderInput(file), ""));  // a name is needed
+  EXPECT_FALSE(ReadNamed(ReadHusFile, design, test::AsReaderInput(file), ""));  // a name is needed
 
   struct Case {
     size_t offset;  // u32 field to overwrite
@@ -320,7 +302,7 @@ TEST(HusVipReader, DamagedFilesFailCleanlyWithTheirMessage) {
     ByteWriter(damaged).PatchU32LE(c.offset, c.value);
     messages.lines.clear();
     Design read;
-    EXPECT_FALSE(ReadNamed(ReadHusFile, read, AsReaderInput(damaged), "x.hus")) << c.message;
+    EXPECT_FALSE(ReadNamed(ReadHusFile, read, test::AsReaderInput(damaged), "x.hus")) << c.message;
     EXPECT_EQ(messages.lines, std::vector<std::string>{c.message});
     EXPECT_TRUE(read.stitches.Empty() && read.threads.empty()) << c.message;
   }
@@ -333,7 +315,7 @@ TEST(HusVipReader, DamagedFilesFailCleanlyWithTheirMessage) {
   for (const auto& [streams, message] : streamCases) {
     messages.lines.clear();
     Design read;
-    EXPECT_FALSE(ReadNamed(ReadHusFile, read, AsReaderInput(HandMadeHus(3, streams)), "x.hus"));
+    EXPECT_FALSE(ReadNamed(ReadHusFile, read, test::AsReaderInput(HandMadeHus(3, streams)), "x.hus"));
     EXPECT_EQ(messages.lines, std::vector<std::string>{message});
   }
 }
@@ -346,23 +328,23 @@ TEST(HusVipReader, TruncatedAndRandomFilesNeverCrash) {
     const std::vector<uint8_t> file = test::ReadTestFile(name);
     // Every length of the small file; the larger ones at a stride, for time.
     const size_t stride = std::string(name) == "Star.vip" ? 1 : 17;
-    for (size_t length = 0; length <= file.size(); length += stride) {
+    for (const size_t length : test::CutLengths(file.size(), 0, stride)) {
       Design design;
-      ReadNamed(read, design, AsReaderInput({file.begin(), file.begin() + static_cast<ptrdiff_t>(length)}), name);
+      ReadNamed(read, design, test::CutInput(file, length), name);
     }
     for (int round = 0; round < 200; ++round) {
       std::vector<uint8_t> damaged = file;
       for (int flips = 0; flips < 4; ++flips) damaged[random() % damaged.size()] = static_cast<uint8_t>(random());
       Design design;
-      ReadNamed(read, design, AsReaderInput(damaged), name);
+      ReadNamed(read, design, test::AsReaderInput(damaged), name);
     }
   }
   for (int round = 0; round < 200; ++round) {
     std::vector<uint8_t> bytes(random() % 200);
     for (uint8_t& byte : bytes) byte = static_cast<uint8_t>(random());
     Design design;
-    ReadNamed(ReadHusFile, design, AsReaderInput(bytes), "r.hus");
-    ReadNamed(ReadVipFile, design, AsReaderInput(bytes), "r.vip");
+    ReadNamed(ReadHusFile, design, test::AsReaderInput(bytes), "r.hus");
+    ReadNamed(ReadVipFile, design, test::AsReaderInput(bytes), "r.vip");
   }
 }
 

@@ -4,7 +4,6 @@
 
 #include <set>
 #include <tuple>
-#include <utility>
 
 #include "core/byte_cursor.h"
 #include "formats/dst.h"
@@ -13,15 +12,7 @@
 namespace fennick {
 namespace {
 
-using test::AsReaderInput;
-using test::Node;
-using test::Nodes;
-using test::SetNodes;
 using Bytes = std::vector<uint8_t>;
-
-void U32(Bytes& bytes, uint32_t value) {
-  for (int i = 0; i < 4; ++i) bytes.push_back(static_cast<uint8_t>(value >> (8 * i)));
-}
 
 // A file as the layout gives it: only the fields the reader looks at are
 // filled, the rest of the header stays zero.
@@ -29,21 +20,10 @@ Bytes JefFile(const std::vector<uint32_t>& palette, const Bytes& stream) {
   Bytes bytes(116, 0);
   ByteWriter(bytes).PatchU32LE(0, 116 + 8 * static_cast<uint32_t>(palette.size()));
   ByteWriter(bytes).PatchU32LE(24, static_cast<uint32_t>(palette.size()));
-  for (const uint32_t index : palette) U32(bytes, index);
-  for (size_t i = 0; i < palette.size(); ++i) U32(bytes, 13);
+  for (const uint32_t index : palette) ByteWriter(bytes).U32LE(index);
+  for (size_t i = 0; i < palette.size(); ++i) ByteWriter(bytes).U32LE(13);
   bytes.insert(bytes.end(), stream.begin(), stream.end());
   return bytes;
-}
-
-std::set<std::pair<int32_t, int32_t>> StitchPositions(const Design& design) {
-  std::set<std::pair<int32_t, int32_t>> positions;
-  int32_t x = 0, y = 0;
-  for (const StitchNode& node : design.stitches) {
-    x += node.dx;
-    y += node.dy;
-    if (node.flags == 0 && node.HasMove()) positions.emplace(x, y);
-  }
-  return positions;
 }
 
 TEST(JefWriter, GoldenBytes) {
@@ -57,11 +37,11 @@ TEST(JefWriter, GoldenBytes) {
   design.minX = -20;
   design.maxY = 30;
   design.minY = -40;
-  SetNodes(design, {{10, 20, 0},
-                    {0, 0, STITCH_COLORSTOP},
-                    {300, 0, STITCH_JUMP},  // a chain of two clamped jumps and a stitch of 48
-                    {-5, 3, 0},
-                    {2, 1, STITCH_COLORSTOP | STITCH_JUMP}});  // a stop with a move
+  test::SetNodes(design, {{10, 20, 0},
+                          {0, 0, STITCH_COLORSTOP},
+                          {300, 0, STITCH_JUMP},  // a chain of two clamped jumps and a stitch of 48
+                          {-5, 3, 0},
+                          {2, 1, STITCH_COLORSTOP | STITCH_JUMP}});  // a stop with a move
 
   Bytes out;
   ASSERT_EQ(WriteJef(design, out), 0);
@@ -69,12 +49,13 @@ TEST(JefWriter, GoldenBytes) {
   // Nodes: stitch, stop, jump, jump, stitch, stitch, stop, zero stitch, jump,
   // anchor: N 10, J 3, so W = 3 * 3 + 10 + 3 = 22 words.
   Bytes expected;
-  for (const uint32_t value : {140u, 10u, 0u, 0u, 0u, 0u, 3u, 22u, 2u, 20u, 40u, 600u, 30u}) U32(expected, value);
+  ByteWriter words(expected);
+  for (const uint32_t value : {140u, 10u, 0u, 0u, 0u, 0u, 3u, 22u, 2u, 20u, 40u, 600u, 30u}) words.U32LE(value);
   expected.insert(expected.end(), 32, 0xFF);
   for (int copy = 0; copy < 2; ++copy) {
-    for (const uint32_t value : {680u, 960u, 100u, 970u}) U32(expected, value);
+    for (const uint32_t value : {680u, 960u, 100u, 970u}) ByteWriter(expected).U32LE(value);
   }
-  for (const uint32_t value : {10u, 1u, 51u, 13u, 13u, 13u}) U32(expected, value);
+  for (const uint32_t value : {10u, 1u, 51u, 13u, 13u, 13u}) ByteWriter(expected).U32LE(value);
   const Bytes stream = {
       0x80, 0x02, 0x00, 0x00,                          // opening jump
       0x0A, 0x14,                                      // (10, 20)
@@ -94,7 +75,7 @@ TEST(JefWriter, GoldenBytes) {
   EXPECT_EQ(design.threads[1].chartIndex, 1);
 
   Design noThreads;
-  SetNodes(noThreads, {{1, 1, 0}});
+  test::SetNodes(noThreads, {{1, 1, 0}});
   EXPECT_EQ(WriteJef(noThreads, out), -1);
   EXPECT_TRUE(out.empty());
 }
@@ -105,7 +86,7 @@ TEST(JefWriter, HoopCodeFromTheBoundsAndZerosAfterTheEnd) {
   for (const auto& [minX, maxY, hoopCode] : {std::tuple{-550, 5, 2u}, {-549, 5, 0u}, {-5, 550, 2u}, {-5, 549, 0u}}) {
     Design design;
     design.threads.resize(2);
-    SetNodes(design, {{4, 5, 0}});
+    test::SetNodes(design, {{4, 5, 0}});
     design.minX = minX;
     design.maxX = -minX;
     design.minY = -maxY;
@@ -133,7 +114,7 @@ TEST(JefReader, StreamCommandsThreadsAndEndSteps) {
       0x7F, 0x7F,  // not read
   };
   Design design;
-  ASSERT_TRUE(ReadJef(design, AsReaderInput(JefFile({10, 1}, stream))));
+  ASSERT_TRUE(ReadJef(design, test::AsReaderInput(JefFile({10, 1}, stream))));
   // Two colour changes and two table entries: a third thread, "Unknown".
   ASSERT_EQ(design.threads.size(), 3u);
   EXPECT_EQ(design.threads[0].colorName, "Red");
@@ -144,10 +125,10 @@ TEST(JefReader, StreamCommandsThreadsAndEndSteps) {
   EXPECT_FALSE(design.defaultColors);
   // After stripping, positions are (2,0) (-126,2) (-125,3) (-125,3) (-114,3):
   // centre (-62, 1), and the odd height's extra unit goes below.
-  const std::vector<Node> expected = {{62, -2, STITCH_JUMP},        {2, 0, 0},
-                                      {-128, 2, STITCH_COLORSTOP},  {1, 1, 0},
-                                      {0, 0, STITCH_COLORSTOP},     {11, 0, STITCH_JUMP}};
-  EXPECT_EQ(Nodes(design), expected);
+  const std::vector<test::Node> expected = {{62, -2, STITCH_JUMP},        {2, 0, 0},
+                                            {-128, 2, STITCH_COLORSTOP},  {1, 1, 0},
+                                            {0, 0, STITCH_COLORSTOP},     {11, 0, STITCH_JUMP}};
+  EXPECT_EQ(test::Nodes(design), expected);
   EXPECT_EQ((std::array{design.minX, design.maxX, design.minY, design.maxY}), (std::array{-64, 64, -2, 1}));
 }
 
@@ -167,12 +148,12 @@ TEST(JefReader, ThreadTableMeetsTheColourChanges) {
   };
   for (const Case& c : cases) {
     Design design;
-    ASSERT_TRUE(ReadJef(design, AsReaderInput(JefFile(c.palette, c.stream)))) << c.what;
+    ASSERT_TRUE(ReadJef(design, test::AsReaderInput(JefFile(c.palette, c.stream)))) << c.what;
     EXPECT_EQ(design.threads.size(), c.threads) << c.what;
     EXPECT_EQ(design.stitches.Size(), c.nodes) << c.what;
   }
   Design design;
-  ReadJef(design, AsReaderInput(JefFile({0}, {0x01, 0x01})));
+  ReadJef(design, test::AsReaderInput(JefFile({0}, {0x01, 0x01})));
   EXPECT_EQ(design.threads[0].colorName, "");  // left as a blank thread
 }
 
@@ -181,14 +162,14 @@ TEST(JefReader, BadOffsetsAndCountsStopCleanly) {
   Bytes farOffset = bytes;
   ByteWriter(farOffset).PatchU32LE(0, 0xFFFFFFF0u);
   Design design;
-  ASSERT_TRUE(ReadJef(design, AsReaderInput(farOffset)));
+  ASSERT_TRUE(ReadJef(design, test::AsReaderInput(farOffset)));
   EXPECT_TRUE(design.stitches.Empty());
   EXPECT_EQ(design.threads.size(), 1u);
 
   Bytes hugeCount = bytes;
   hugeCount[24] = 0xFF;
   hugeCount[25] = 0x7F;
-  ASSERT_TRUE(ReadJef(design, AsReaderInput(hugeCount)));
+  ASSERT_TRUE(ReadJef(design, test::AsReaderInput(hugeCount)));
   EXPECT_EQ(design.threads.size(), 2u);
 
   EXPECT_FALSE(ReadJef(design, {}));
@@ -199,28 +180,28 @@ TEST(JefRoundTrip, StitchesComeBackWhereTheyWere) {
   design.threads.resize(2);
   design.threads[0].rgb = ColorRef(255, 0, 0);
   design.threads[1].rgb = ColorRef(0, 0, 0);
-  std::vector<Node> nodes = {{0, 0, STITCH_JUMP}};
+  std::vector<test::Node> nodes = {{0, 0, STITCH_JUMP}};
   for (int32_t d = -126; d <= 126; d += 3) nodes.emplace_back(d, 126 - (d < 0 ? -d : d), 0);
   nodes.emplace_back(0, 0, STITCH_COLORSTOP);
   nodes.emplace_back(-400, 250, STITCH_JUMP);  // a long jump, chained on writing
   for (int32_t d = 1; d <= 126; d += 5) nodes.emplace_back(-d, d, 0);
-  SetNodes(design, nodes);
+  test::SetNodes(design, nodes);
   design.Centre();
   Design original = design;
 
   Bytes out;
   ASSERT_EQ(WriteJef(design, out), 0);
   Design read;
-  ASSERT_TRUE(ReadJef(read, AsReaderInput(out)));
+  ASSERT_TRUE(ReadJef(read, test::AsReaderInput(out)));
   ASSERT_EQ(read.threads.size(), 2u);
   EXPECT_EQ(read.threads[0].colorName, "Red");
   EXPECT_EQ(read.threads[1].colorName, "Black");
   // The leading jump is stripped on reading, so the positions agree up to a shift.
-  const auto expected = StitchPositions(original), actual = StitchPositions(read);
+  const auto expected = test::NeedlePoints(original), actual = test::NeedlePoints(read);
   ASSERT_EQ(actual.size(), expected.size());
-  const int32_t shiftX = actual.begin()->first - expected.begin()->first;
-  const int32_t shiftY = actual.begin()->second - expected.begin()->second;
-  std::set<std::pair<int32_t, int32_t>> shifted;
+  const int64_t shiftX = actual.begin()->first - expected.begin()->first;
+  const int64_t shiftY = actual.begin()->second - expected.begin()->second;
+  std::set<test::Point> shifted;
   for (const auto& [x, y] : expected) shifted.emplace(x + shiftX, y + shiftY);
   EXPECT_EQ(actual, shifted);
 }
@@ -228,7 +209,7 @@ TEST(JefRoundTrip, StitchesComeBackWhereTheyWere) {
 TEST(JefReader, RealFileLiesWhereTheDstOfTheSameDesignDoes) {
   const Bytes bytes = test::ReadTestFile("geometric_objects.jef");
   Design jef;
-  ASSERT_TRUE(ReadJef(jef, AsReaderInput(bytes)));
+  ASSERT_TRUE(ReadJef(jef, test::AsReaderInput(bytes)));
   // Palette numbers 60, 16, 39 and 28 in the file's table.
   const char* const names[] = {"Blue Ink", "Pale Yellow", "Peony Purple", "Bright Blue"};
   ASSERT_EQ(jef.threads.size(), 4u);
@@ -238,18 +219,16 @@ TEST(JefReader, RealFileLiesWhereTheDstOfTheSameDesignDoes) {
   EXPECT_EQ((std::array{jef.minX, jef.maxX, jef.minY, jef.maxY}), (std::array{-411, 412, -424, 424}));
 
   Design dst;
-  ASSERT_TRUE(ReadDst(dst, AsReaderInput(test::ReadTestFile("geometric_objects.dst"))));
-  const auto jefStitches = StitchPositions(jef), dstStitches = StitchPositions(dst);
+  ASSERT_TRUE(test::ReadSample(ReadDst, dst, "geometric_objects.dst"));
+  const auto dstStitches = test::NeedlePoints(dst);
   ASSERT_GT(dstStitches.size(), 8000u);
-  size_t missing = 0;
-  for (const auto& position : dstStitches) missing += jefStitches.count(position) == 0 ? 1 : 0;
-  EXPECT_EQ(missing, 0u);
+  EXPECT_EQ(test::CountMissing(dstStitches, test::NeedlePoints(jef)), 0u);
 
   // Cut anywhere, the file still reads: every length through the header, the
   // table and the first stitches, then a stride that meets both parities.
-  for (size_t length = 0; length <= bytes.size(); length += length < 2048 ? 1 : 13) {
+  for (const size_t length : test::CutLengths(bytes.size(), 2048, 13)) {
     Design cut;
-    ASSERT_TRUE(ReadJef(cut, AsReaderInput(Bytes(bytes.begin(), bytes.begin() + length)))) << length;
+    ASSERT_TRUE(ReadJef(cut, test::CutInput(bytes, length))) << length;
   }
 }
 

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <set>
 
 #include "core/byte_cursor.h"
 #include "formats/pes.h"
@@ -12,20 +11,11 @@
 namespace fennick {
 namespace {
 
-using test::AsReaderInput;
-using test::Node;
-using test::Nodes;
-using test::SetNodes;
-
 using Rgb = std::array<uint8_t, 3>;
 constexpr std::array<Rgb, 16> kDefaultTable{{{0, 0, 0}, {0, 0, 128}, {0, 0, 255}, {0, 128, 128}, {0, 255, 255},
                                              {128, 0, 128}, {255, 0, 255}, {128, 0, 0}, {255, 0, 0}, {0, 128, 0},
                                              {0, 255, 0}, {128, 128, 0}, {255, 255, 0}, {128, 128, 128},
                                              {192, 192, 192}, {255, 255, 255}}};
-
-void Put32(std::vector<uint8_t>& bytes, int32_t value) {
-  for (int i = 0; i < 4; ++i) bytes.push_back(static_cast<uint8_t>(static_cast<uint32_t>(value) >> (8 * i)));
-}
 
 // Header with the given table, the 16-bit record count, then the records.
 struct PcsFile {
@@ -37,8 +27,8 @@ struct PcsFile {
     bytes.push_back(static_cast<uint8_t>(count >> 8));
   }
   PcsFile& Position(int32_t x, int32_t y, uint8_t flag = 0) {
-    Put32(bytes, x);
-    Put32(bytes, y);
+    ByteWriter(bytes).S32LE(x);
+    ByteWriter(bytes).S32LE(y);
     bytes.push_back(flag);
     return *this;
   }
@@ -57,7 +47,7 @@ TEST(PcsWriter, GoldenBytes) {
   design.threads.resize(2);
   design.threads[0].rgb = ColorRef(10, 20, 30);
   design.threads[1].rgb = ColorRef(40, 50, 60);
-  SetNodes(design, {{10, 0, 0}, {0, 2, 0}, {0, 0, STITCH_COLORSTOP}, {-3, -1, 0}});
+  test::SetNodes(design, {{10, 0, 0}, {0, 2, 0}, {0, 0, STITCH_COLORSTOP}, {-3, -1, 0}});
   design.ComputeBounds();
   std::vector<uint8_t> out;
   ASSERT_EQ(WritePcs(design, out), 0);
@@ -70,8 +60,8 @@ TEST(PcsWriter, GoldenBytes) {
   expected.Position(62475, 61554, 4);
   expected.bytes.resize(9 * (2 + 4 + 8));  // the unused end stays zero
   EXPECT_EQ(out, expected.bytes);
-  EXPECT_EQ(Nodes(design).front(), Node(10, 0, STITCH_COLORSTOP));
-  EXPECT_EQ(Nodes(design).back(), Node(-3, -1, STITCH_JUMP));
+  EXPECT_EQ(test::Nodes(design).front(), test::Node(10, 0, STITCH_COLORSTOP));
+  EXPECT_EQ(test::Nodes(design).back(), test::Node(-3, -1, STITCH_JUMP));
 }
 
 TEST(PcsWriter, HoopCodeAndStartFollowTheBounds) {
@@ -83,7 +73,7 @@ TEST(PcsWriter, HoopCodeAndStartFollowTheBounds) {
   for (const Case& c : cases) {
     Design design;
     design.threads.resize(1);
-    SetNodes(design, {{0, 0, 0}, {c.width, c.height, 0}});
+    test::SetNodes(design, {{0, 0, 0}, {c.width, c.height, 0}});
     design.ComputeBounds();
     std::vector<uint8_t> out;
     ASSERT_EQ(WritePcs(design, out), 0);
@@ -96,7 +86,7 @@ TEST(PcsWriter, HoopCodeAndStartFollowTheBounds) {
 
 TEST(PcsWriter, ColoursPastTheSixteenthTakeTheNearestTableEntry) {
   Design design;
-  std::vector<Node> nodes;
+  std::vector<test::Node> nodes;
   for (int i = 0; i < 18; ++i) {
     ThreadColor thread;
     thread.rgb = ColorRef(static_cast<uint8_t>(i * 10), 0, 0);
@@ -106,7 +96,7 @@ TEST(PcsWriter, ColoursPastTheSixteenthTakeTheNearestTableEntry) {
   }
   design.threads[16].rgb = ColorRef(52, 0, 0);   // nearest: entry 5 (50, 0, 0)
   design.threads[17].rgb = ColorRef(255, 0, 0);  // nearest: entry 15 (150, 0, 0)
-  SetNodes(design, nodes);
+  test::SetNodes(design, nodes);
   design.ComputeBounds();
   std::vector<uint8_t> out;
   ASSERT_EQ(WritePcs(design, out), 0);
@@ -127,13 +117,13 @@ TEST(PcsReader, RecordsColourChangesAndEndSteps) {
   file.Position(U(400), 0);                          // past the count: not read
   Design design;
   design.name = "/designs/a.PCS";
-  ASSERT_TRUE(ReadPcs(design, AsReaderInput(file.bytes)));
+  ASSERT_TRUE(ReadPcs(design, test::AsReaderInput(file.bytes)));
   EXPECT_EQ(design.name, "/designs/a.PCS");
   // Positions (100,0) (200,0) (200,100) (200,200) (150,200) (150,190). The
   // stop is made pure, and centring moves the head jump by (150, 100).
-  const std::vector<Node> expected = {{-50, -100, STITCH_JUMP}, {100, 0, 0},   {0, 100, 0}, {0, 100, 0},
-                                      {0, 0, STITCH_COLORSTOP}, {-50, 0, 0}, {0, -10, 0}};
-  EXPECT_EQ(Nodes(design), expected);
+  const std::vector<test::Node> expected = {{-50, -100, STITCH_JUMP}, {100, 0, 0},   {0, 100, 0}, {0, 100, 0},
+                                            {0, 0, STITCH_COLORSTOP}, {-50, 0, 0}, {0, -10, 0}};
+  EXPECT_EQ(test::Nodes(design), expected);
   ASSERT_EQ(design.threads.size(), 2u);
   EXPECT_EQ(design.threads[0].colorName, "Blue");
   EXPECT_EQ(design.threads[0].rgb, ColorRef(0, 0, 255));
@@ -148,9 +138,9 @@ TEST(PcsReader, MovesOver127UnitsBecomeJumps) {
     file.Color(0).Position(U(10), 0).Position(U(10 + length), 0).Position(U(10 + length), U(10));
     Design design;
     design.name = "x.pcs";
-    ASSERT_TRUE(ReadPcs(design, AsReaderInput(file.bytes)));
+    ASSERT_TRUE(ReadPcs(design, test::AsReaderInput(file.bytes)));
     ASSERT_EQ(design.stitches.Size(), 3u);
-    EXPECT_EQ(Nodes(design)[1], Node(length, 0, length > 127 ? STITCH_JUMP : 0)) << length;
+    EXPECT_EQ(test::Nodes(design)[1], test::Node(length, 0, length > 127 ? STITCH_JUMP : 0)) << length;
   }
 }
 
@@ -159,7 +149,7 @@ TEST(PcsReader, EmptyCountsAndShortFiles) {
     PcsFile file(2, kDefaultTable, count);
     file.Color(0).Position(U(10), 0);
     Design design;
-    ASSERT_TRUE(ReadPcs(design, AsReaderInput(file.bytes)));
+    ASSERT_TRUE(ReadPcs(design, test::AsReaderInput(file.bytes)));
     EXPECT_TRUE(design.stitches.Empty());
     EXPECT_TRUE(design.threads.empty());
   }
@@ -169,8 +159,8 @@ TEST(PcsReader, EmptyCountsAndShortFiles) {
   file.Color(0).Position(U(10), 0).Position(U(20), 0).Color(1);
   file.bytes.insert(file.bytes.end(), {1, 2, 3});
   Design design;
-  ASSERT_TRUE(ReadPcs(design, AsReaderInput(file.bytes)));
-  EXPECT_EQ(Nodes(design), (std::vector<Node>{{-5, 0, STITCH_JUMP}, {10, 0, 0}}));
+  ASSERT_TRUE(ReadPcs(design, test::AsReaderInput(file.bytes)));
+  EXPECT_EQ(test::Nodes(design), (std::vector<test::Node>{{-5, 0, STITCH_JUMP}, {10, 0, 0}}));
   EXPECT_EQ(design.threads.size(), 1u);
 }
 
@@ -180,58 +170,45 @@ TEST(PcsRoundTrip, EvenMovesComeBackExactlyButTheCountLeavesOutTheLastRecords) {
   design.threads.resize(2);
   design.threads[0].rgb = ColorRef(1, 2, 3);
   design.threads[1].rgb = ColorRef(4, 5, 6);
-  SetNodes(design, {{40, 20, STITCH_JUMP}, {10, -6, 0}, {4, 8, 0}, {-12, 2, 0},
-                    {0, 0, STITCH_COLORSTOP}, {-12, 2, 0}, {6, 6, 0}, {2, 2, 0}});
+  test::SetNodes(design, {{40, 20, STITCH_JUMP}, {10, -6, 0}, {4, 8, 0}, {-12, 2, 0},
+                          {0, 0, STITCH_COLORSTOP}, {-12, 2, 0}, {6, 6, 0}, {2, 2, 0}});
   design.ComputeBounds();
   std::vector<uint8_t> out;
   ASSERT_EQ(WritePcs(design, out), 0);
   Design read;
   read.name = "r.pcs";
-  ASSERT_TRUE(ReadPcs(read, AsReaderInput(out)));
+  ASSERT_TRUE(ReadPcs(read, test::AsReaderInput(out)));
   // Even moves are whole file units. The count holds the nodes, while each
   // colour record uses up one more of it: the last two positions stay unread.
   ASSERT_EQ(read.threads.size(), 2u);
   EXPECT_EQ(read.threads[1].rgb, ColorRef(4, 5, 6));
-  std::vector<Node> nodes = Nodes(read);
+  std::vector<test::Node> nodes = test::Nodes(read);
   nodes.erase(nodes.begin());  // the head jump from the origin
-  EXPECT_EQ(nodes, (std::vector<Node>{{10, -6, 0}, {4, 8, 0}, {-12, 2, 0}, {0, 0, STITCH_COLORSTOP}, {-12, 2, 0}}));
-}
-
-std::set<std::pair<int32_t, int32_t>> StitchPositions(const Design& design) {
-  std::set<std::pair<int32_t, int32_t>> positions;
-  int32_t x = 0, y = 0;
-  for (const StitchNode& node : design.stitches) {
-    x += node.dx;
-    y += node.dy;
-    if (node.flags == 0 && node.HasMove()) positions.emplace(x, y);
-  }
-  return positions;
+  EXPECT_EQ(nodes,
+            (std::vector<test::Node>{{10, -6, 0}, {4, 8, 0}, {-12, 2, 0}, {0, 0, STITCH_COLORSTOP}, {-12, 2, 0}}));
 }
 
 TEST(PcsReader, StarSampleMatchesThePesOfTheSameDesign) {
   Design pcs, pes;
   pcs.name = "Star.pcs";
-  ASSERT_TRUE(ReadPcs(pcs, AsReaderInput(test::ReadTestFile("Star.pcs"))));
-  ASSERT_TRUE(ReadPesFile(pes, AsReaderInput(test::ReadTestFile("star.pes"))));
+  ASSERT_TRUE(test::ReadSample(ReadPcs, pcs, "Star.pcs"));
+  ASSERT_TRUE(test::ReadSample(ReadPesFile, pes, "star.pes"));
   // The table's colours 8 and 15 are named by the colour records.
   ASSERT_EQ(pcs.threads.size(), 2u);
   EXPECT_EQ(pcs.threads[0].colorName, "Red");
   EXPECT_EQ(pcs.threads[1].rgb, ColorRef(255, 255, 255));
   EXPECT_EQ((std::array{pcs.minX, pcs.maxX, pcs.minY, pcs.maxY}), (std::array{pes.minX, pes.maxX, pes.minY, pes.maxY}));
-  const auto expected = StitchPositions(pes);
-  const auto actual = StitchPositions(pcs);
-  size_t found = 0;
-  for (const auto& position : actual) found += expected.count(position);
+  const auto actual = test::NeedlePoints(pcs);
   EXPECT_GT(actual.size(), 2000u);
-  EXPECT_EQ(found, actual.size());
+  EXPECT_EQ(test::CountMissing(actual, test::NeedlePoints(pes)), 0u);
 }
 
 TEST(PcsReader, EveryTruncationOfTheSampleReads) {
   const std::vector<uint8_t> bytes = test::ReadTestFile("Star.pcs");
-  for (size_t length = 0; length <= bytes.size(); length += length < 1000 ? 1 : 7) {
+  for (const size_t length : test::CutLengths(bytes.size(), 1000, 7)) {
     Design design;
     design.name = "cut.pcs";
-    ReadPcs(design, AsReaderInput({bytes.begin(), bytes.begin() + static_cast<ptrdiff_t>(length)}));
+    ReadPcs(design, test::CutInput(bytes, length));
   }
 }
 

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <set>
 #include <string>
 #include <tuple>
 #include <utility>
@@ -10,15 +9,13 @@
 #include "core/format_table.h"
 #include "formats/dst.h"
 #include "formats/pec.h"
+#include "core/byte_cursor.h"
 #include "tests/test_support.h"
 
 namespace fennick {
 namespace {
 
 using Bytes = std::vector<uint8_t>;
-using test::AsReaderInput;
-using test::Node;
-using test::Nodes;
 
 // A PEC block as the layout gives it: blanks up to offset 512 but for the
 // piece position and the colour list, L, the stream, and zero thumbnails.
@@ -52,22 +49,6 @@ Bytes PesFile(const std::string& signature, Bytes header, const std::vector<Byte
   return header;
 }
 
-void PutWord(Bytes& bytes, size_t offset, uint16_t value) {
-  bytes[offset] = static_cast<uint8_t>(value);
-  bytes[offset + 1] = static_cast<uint8_t>(value >> 8);
-}
-
-std::set<std::pair<int32_t, int32_t>> StitchPositions(const Design& design) {
-  std::set<std::pair<int32_t, int32_t>> positions;
-  int32_t x = 0, y = 0;
-  for (const StitchNode& node : design.stitches) {
-    x += node.dx;
-    y += node.dy;
-    if (node.flags == 0 && node.HasMove()) positions.emplace(x, y);
-  }
-  return positions;
-}
-
 size_t StopCount(const Design& design) {
   size_t stops = 0;
   for (const StitchNode& node : design.stitches) stops += node.IsColorStop() ? 1 : 0;
@@ -80,7 +61,7 @@ TEST(PesReader, RealVersion70File) {
   // (237, 23, 31) numbered 5 and "001" (240, 240, 240) numbered 29, both
   // EMBROIDERY; the real colour list at 7353 repeats both colours.
   Design design;
-  ASSERT_TRUE(ReadPesFile(design, AsReaderInput(test::ReadTestFile("star.pes"))));
+  ASSERT_TRUE(test::ReadSample(ReadPesFile, design, "star.pes"));
   EXPECT_EQ(design.formatVersion, 70);
   EXPECT_EQ(std::make_pair(design.hoopWidth, design.hoopHeight), std::make_pair(100, 100));
   EXPECT_EQ(design.maxX - design.minX, 591);
@@ -100,7 +81,7 @@ TEST(PecReader, RealFileLiesWhereTheDstOfTheSameDesignDoes) {
   // geometric_objects.pec lists colours 0x15, 0x22, 0x1E and 0x20. The DST of
   // the same design spans +X 411, -X 412, +Y 424, -Y 424 in its header.
   Design pec;
-  ASSERT_TRUE(ReadPesFile(pec, AsReaderInput(test::ReadTestFile("geometric_objects.pec"))));
+  ASSERT_TRUE(test::ReadSample(ReadPesFile, pec, "geometric_objects.pec"));
   EXPECT_EQ(pec.formatVersion, 1);
   const char* names[] = {"Ultramarine", "Cream Yellow", "Violet", "Sky Blue"};
   ASSERT_EQ(pec.threads.size(), 4u);
@@ -111,13 +92,10 @@ TEST(PecReader, RealFileLiesWhereTheDstOfTheSameDesignDoes) {
   EXPECT_EQ(pec.maxY - pec.minY, 848);
 
   Design dst;
-  ASSERT_TRUE(ReadDst(dst, AsReaderInput(test::ReadTestFile("geometric_objects.dst"))));
-  const auto pecStitches = StitchPositions(pec);
-  const auto dstStitches = StitchPositions(dst);
+  ASSERT_TRUE(test::ReadSample(ReadDst, dst, "geometric_objects.dst"));
+  const auto dstStitches = test::NeedlePoints(dst);
   ASSERT_GT(dstStitches.size(), 8000u);
-  size_t missing = 0;
-  for (const auto& position : dstStitches) missing += pecStitches.count(position) == 0 ? 1 : 0;
-  EXPECT_EQ(missing, 0u);
+  EXPECT_EQ(test::CountMissing(dstStitches, test::NeedlePoints(pec)), 0u);
 }
 
 TEST(PecBlockReader, EndsOnTheClosingJumpBackToTheStart) {
@@ -129,9 +107,10 @@ TEST(PecBlockReader, EndsOnTheClosingJumpBackToTheStart) {
   design.threads.resize(1);
   design.threads[0].chartIndex = 13;  // an earlier block's thread takes its palette colour again
   int32_t sumX = 0, sumY = 0;
-  const PecBlockInfo info = ReadPecBlock(design, AsReaderInput(block), 0, sumX, sumY);
+  const PecBlockInfo info = ReadPecBlock(design, test::AsReaderInput(block), 0, sumX, sumY);
   EXPECT_EQ(std::make_tuple(info.colorCount, info.stitchLength, info.closed), std::make_tuple(2, 25u, true));
-  EXPECT_EQ(Nodes(design), (std::vector<Node>{{0, 0, STITCH_JUMP}, {10, -5, 0}, {5, 0, 0}, {-15, 5, STITCH_JUMP}}));
+  EXPECT_EQ(test::Nodes(design),
+            (std::vector<test::Node>{{0, 0, STITCH_JUMP}, {10, -5, 0}, {5, 0, 0}, {-15, 5, STITCH_JUMP}}));
   EXPECT_EQ(std::make_pair(sumX, sumY), std::make_pair(0, 0));
   ASSERT_EQ(design.threads.size(), 3u);
   EXPECT_EQ(design.threads[0].rgb, ColorRef(255, 255, 0));  // 13, Yellow
@@ -166,9 +145,8 @@ TEST(PesReader, EveryTruncationReadsOrFailsCleanly) {
   // star.pes has its block at 613 with L = 5128: stitches are read once the
   // bytes, with the added zero, reach offset + L.
   const Bytes file = test::ReadTestFile("star.pes");
-  for (size_t length = 0; length <= file.size(); ++length) {
-    Bytes bytes(file.begin(), file.begin() + static_cast<ptrdiff_t>(length));
-    bytes.push_back(0);
+  for (const size_t length : test::CutLengths(file.size())) {
+    const Bytes bytes = test::CutInput(file, length);
     Design design;
     EXPECT_EQ(ReadPesFile(design, bytes), bytes.size() >= 613 + 5128) << length;
   }
@@ -180,19 +158,19 @@ TEST(PesReader, JoinsBlocksAtTheirPiecePositions) {
   const Bytes file =
       PesFile("#PES0030", header, {PecBlock({5}, OneStitch(0x0A, 0x00), 0), PecBlock({29}, OneStitch(0x00, 0x0A), 2)});
   Design design;
-  ASSERT_TRUE(ReadPesFile(design, AsReaderInput(file)));
+  ASSERT_TRUE(ReadPesFile(design, test::AsReaderInput(file)));
   // Piece 0 lifts the first block by 600: jump (0, 600), stitch (10, 0),
   // then the join's stop. The second block starts with the first one's
   // closing move (-10, 0), 600 down to undo piece 0 and 600 more for its own
   // piece 2: jump (-10, -1200), then (0, -10), then a stop that ends up as
   // the tail and loses its flag. Positions span x 0..10 and y -610..600, so
   // centring moves everything by (-5, 5).
-  EXPECT_EQ(Nodes(design), (std::vector<Node>{{-5, 605, STITCH_JUMP},
-                                              {10, 0, 0},
-                                              {0, 0, STITCH_COLORSTOP},
-                                              {-10, -1200, STITCH_JUMP},
-                                              {0, -10, 0},
-                                              {0, 0, 0}}));
+  EXPECT_EQ(test::Nodes(design), (std::vector<test::Node>{{-5, 605, STITCH_JUMP},
+                                                          {10, 0, 0},
+                                                          {0, 0, STITCH_COLORSTOP},
+                                                          {-10, -1200, STITCH_JUMP},
+                                                          {0, -10, 0},
+                                                          {0, 0, 0}}));
   ASSERT_EQ(design.threads.size(), 2u);
   EXPECT_EQ(design.threads[0].colorName, "Red");
   EXPECT_EQ(design.threads[1].colorName, "White");
@@ -215,15 +193,15 @@ TEST(PesReader, HoopFieldsTurnTheDesign) {
   for (const Case& c : cases) {
     Bytes header(100, 0);
     header[12] = 1;  // blocks, for versions 25 and on
-    PutWord(header, c.hoopOffset, c.width);
-    PutWord(header, c.hoopOffset + 2, c.height);
+    ByteWriter(header).PatchU16LE(c.hoopOffset, c.width);
+    ByteWriter(header).PatchU16LE(c.hoopOffset + 2, c.height);
     Design design;
-    ASSERT_TRUE(ReadPesFile(design, AsReaderInput(PesFile(c.signature, header, {PecBlock({1}, OneStitch(10, 0))}))))
-        << c.signature;
+    const Bytes file = PesFile(c.signature, header, {PecBlock({1}, OneStitch(10, 0))});
+    ASSERT_TRUE(ReadPesFile(design, test::AsReaderInput(file))) << c.signature;
     EXPECT_EQ(design.hoopRotation, c.rotation) << c.signature << " " << c.width << "x" << c.height;
     // The stitch (10, 0) after the head jump, turned by the rotation.
-    const Node turned = c.rotation == 0 ? Node{10, 0, 0} : Node{0, -10 * c.rotation, 0};
-    EXPECT_EQ(Nodes(design).at(1), turned) << c.signature << " " << c.width << "x" << c.height;
+    const test::Node turned = c.rotation == 0 ? test::Node{10, 0, 0} : test::Node{0, -10 * c.rotation, 0};
+    EXPECT_EQ(test::Nodes(design).at(1), turned) << c.signature << " " << c.width << "x" << c.height;
     EXPECT_EQ(design.hoopWidth + design.hoopHeight, c.hoopRead ? c.width + c.height : 0) << c.signature;
   }
 }
@@ -242,10 +220,10 @@ TEST(PesReader, HeaderStringsAreWalkedWithAWrappingCursor) {
   header[84] = 2;
   header[85] = 'h';
   header[86] = 'i';
-  PutWord(header, 89, 200);
-  PutWord(header, 91, 300);
+  ByteWriter(header).PatchU16LE(89, 200);
+  ByteWriter(header).PatchU16LE(91, 300);
   Design design;
-  ASSERT_TRUE(ReadPesFile(design, AsReaderInput(PesFile("#PES0040", header, {PecBlock({1}, OneStitch(1, 1))}))));
+  ASSERT_TRUE(ReadPesFile(design, test::AsReaderInput(PesFile("#PES0040", header, {PecBlock({1}, OneStitch(1, 1))}))));
   auto number = [](const char* text) {
     return static_cast<uint32_t>(text[0]) | static_cast<uint32_t>(text[1]) << 8 | static_cast<uint32_t>(text[2]) << 16 |
            static_cast<uint32_t>(text[3]) << 24;
@@ -291,7 +269,7 @@ TEST(PesReader, SignaturesVersionsAndOffsets) {
   };
   for (const Case& c : cases) {
     Design design;
-    EXPECT_EQ(ReadPesFile(design, AsReaderInput(c.bytes)), c.read) << c.what;
+    EXPECT_EQ(ReadPesFile(design, test::AsReaderInput(c.bytes)), c.read) << c.what;
     if (c.read) {
       EXPECT_EQ(design.formatVersion, c.version) << c.what;
     }

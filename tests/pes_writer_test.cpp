@@ -15,9 +15,6 @@ namespace fennick {
 namespace {
 
 using Bytes = std::vector<uint8_t>;
-using test::AsReaderInput;
-using test::Nodes;
-using test::SetNodes;
 
 constexpr uint32_t kBlack = ColorRef(0, 0, 0);
 constexpr uint32_t kWhite = ColorRef(255, 255, 255);
@@ -57,7 +54,7 @@ Design Thread(Design design, uint32_t rgb) {
 // One stitch across a box of w by h, in black.
 Design Box(int32_t w, int32_t h) {
   Design design;
-  SetNodes(design, {{0, 0, 0}, {w, h, 0}});
+  test::SetNodes(design, {{0, 0, 0}, {w, h, 0}});
   return Thread(design, kBlack);
 }
 
@@ -142,7 +139,7 @@ TEST(PesWriter, RealColorHeadersByHoop) {
 // Two colours: a stitch right, a stop, a stitch up. Bounds 100 by 50.
 Design TwoColors() {
   Design design;
-  SetNodes(design, {{0, 0, 0}, {100, 0, 0}, {0, 0, STITCH_COLORSTOP}, {0, 50, 0}});
+  test::SetNodes(design, {{0, 0, 0}, {100, 0, 0}, {0, 0, STITCH_COLORSTOP}, {0, 50, 0}});
   return Thread(Thread(design, kBlack), kWhite);
 }
 
@@ -227,7 +224,7 @@ std::vector<test::Node> AsReadBack(const Design& written) {
   expected.MergeJumps(true);
   expected.Centre();
   if (written.hoopRotation != 0) expected.RotateQuarter(-written.hoopRotation);
-  return Nodes(expected);
+  return test::Nodes(expected);
 }
 
 // A zigzag of stitches over w by h in three colours, with a jump between colours.
@@ -238,7 +235,7 @@ Design Zigzag(int32_t w, int32_t h) {
     if (color > 0) nodes.insert(nodes.end(), {{40, 0, STITCH_JUMP}, {0, 0, STITCH_COLORSTOP}});
     for (int i = 0; i < 8; ++i) nodes.emplace_back(w / 30, (i % 2 == 0 ? h : -h), 0);
   }
-  SetNodes(design, nodes);
+  test::SetNodes(design, nodes);
   for (const uint32_t rgb : {ColorRef(200, 30, 30), ColorRef(20, 140, 60), ColorRef(250, 250, 250)}) {
     design = Thread(design, rgb);
   }
@@ -260,8 +257,8 @@ TEST(PesWriter, EveryDesignReadsBackToItsNodesAndColours) {
       Design written = entry.design;
       const Bytes file = Write(written, pes5);
       Design read;
-      ASSERT_TRUE(ReadPesFile(read, AsReaderInput(file)));
-      EXPECT_EQ(Nodes(read), AsReadBack(written));
+      ASSERT_TRUE(ReadPesFile(read, test::AsReaderInput(file)));
+      EXPECT_EQ(test::Nodes(read), AsReadBack(written));
       ASSERT_EQ(read.threads.size(), entry.design.threads.size());
       const bool extended = std::string(file.begin(), file.begin() + 8) == "#PES0040";
       for (size_t i = 0; i < read.threads.size(); ++i) {
@@ -280,14 +277,14 @@ TEST(PesWriter, EveryDesignReadsBackToItsNodesAndColours) {
 
 TEST(PesWriter, RealFileWrittenAgainKeepsStitchesAndColours) {
   Design original;
-  ASSERT_TRUE(ReadPesFile(original, AsReaderInput(test::ReadTestFile("star.pes"))));
+  ASSERT_TRUE(test::ReadSample(ReadPesFile, original, "star.pes"));
   for (const bool pes5 : {false, true}) {
     SCOPED_TRACE(pes5 ? "pes5" : "plain");
     Design written;
-    ASSERT_TRUE(ReadPesFile(written, AsReaderInput(test::ReadTestFile("star.pes"))));
+    ASSERT_TRUE(test::ReadSample(ReadPesFile, written, "star.pes"));
     Design read;
-    ASSERT_TRUE(ReadPesFile(read, AsReaderInput(Write(written, pes5))));
-    EXPECT_EQ(Nodes(read), Nodes(original));
+    ASSERT_TRUE(ReadPesFile(read, test::AsReaderInput(Write(written, pes5))));
+    EXPECT_EQ(test::Nodes(read), test::Nodes(original));
     ASSERT_EQ(read.threads.size(), original.threads.size());
     for (size_t i = 0; i < read.threads.size(); ++i) EXPECT_EQ(read.threads[i].rgb, original.threads[i].rgb);
   }
@@ -295,7 +292,7 @@ TEST(PesWriter, RealFileWrittenAgainKeepsStitchesAndColours) {
 
 TEST(PesWriter, NothingWithoutColoursAndFailureWithoutStitches) {
   Design noColors;
-  SetNodes(noColors, {{0, 0, 0}, {10, 10, 0}});
+  test::SetNodes(noColors, {{0, 0, 0}, {10, 10, 0}});
   Bytes out{1};
   EXPECT_EQ(WritePesFile(noColors, out, {}), 0);
   EXPECT_TRUE(out.empty());

@@ -12,9 +12,6 @@
 namespace fennick {
 namespace {
 
-using test::AsReaderInput;
-using test::Node;
-using test::Nodes;
 using Bytes = std::vector<uint8_t>;
 constexpr uint32_t J = STITCH_JUMP, S = STITCH_COLORSTOP;
 
@@ -59,7 +56,7 @@ Bytes PhFile(char layout, const std::string& version, const Bytes& colors, const
 
 Design Read(const Bytes& file) {
   Design design;
-  EXPECT_TRUE(ReadPhFile(design, AsReaderInput(file)));
+  EXPECT_TRUE(ReadPhFile(design, test::AsReaderInput(file)));
   return design;
 }
 
@@ -85,9 +82,9 @@ TEST(PhReader, PhcBlocksArePlacedOnTheirBoxesAndJoined) {
   // centred by a jump (13, 3) plus x = 40; return (-37, 0), which merges with
   // nothing. The return jump of block 1 and the lead jump of block 2 merge.
   // Positions then span x -21..53, y -11..9: centre (16, -1).
-  const std::vector<Node> expected = {{-37, 10, J}, {10, 0, 0}, {0, -20, 0}, {64, 14, J},
-                                      {-10, -3, S}, {-6, 0, 0}, {-37, 0, J}};
-  EXPECT_EQ(Nodes(design), expected);
+  const std::vector<test::Node> expected = {{-37, 10, J}, {10, 0, 0}, {0, -20, 0}, {64, 14, J},
+                                            {-10, -3, S}, {-6, 0, 0}, {-37, 0, J}};
+  EXPECT_EQ(test::Nodes(design), expected);
 }
 
 TEST(PhReader, MirrorScaleAndRotationOfABlock) {
@@ -96,7 +93,7 @@ TEST(PhReader, MirrorScaleAndRotationOfABlock) {
     char layout;
     std::string version;
     Block block;
-    std::vector<Node> moves;  // between the lead and the return jump
+    std::vector<test::Node> moves;  // between the lead and the return jump
   };
   // Odd sizes are balanced on the jump that centring puts in front of the
   // first block, so the stitches themselves come through untouched.
@@ -114,9 +111,9 @@ TEST(PhReader, MirrorScaleAndRotationOfABlock) {
        {.stream = {0x0A, 0x00, 0x00, 0x7B}, .angle = 90}, {{0, -10, 0}, {5, 0, 0}}},
   };
   for (const Case& c : cases) {
-    std::vector<Node> nodes = Nodes(Read(PhFile(c.layout, c.version, {1}, {c.block})));
+    std::vector<test::Node> nodes = test::Nodes(Read(PhFile(c.layout, c.version, {1}, {c.block})));
     ASSERT_GE(nodes.size(), 2u) << c.what;
-    EXPECT_EQ(std::vector<Node>(nodes.begin() + 1, nodes.end() - 1), c.moves) << c.what;
+    EXPECT_EQ(std::vector<test::Node>(nodes.begin() + 1, nodes.end() - 1), c.moves) << c.what;
   }
 }
 
@@ -139,8 +136,8 @@ TEST(PhReader, BlockOfOnlyJumpsKeepsItsStopAndReturnJump) {
   // The jump (6, 0) carries the stop and stays, centred onto itself and
   // placed at (15, 3); the other jumps go. The empty block cleans nothing of
   // the block before and adds only its return jump (-5, 0), which merges.
-  EXPECT_EQ(Nodes(Read(PhFile('C', "0001", {1, 2}, {stitches, jumps, empty}))),
-            (std::vector<Node>{{-9, -2, J}, {4, 0, 0}, {0, 2, 0}, {0, -1, J}, {15, 3, S | J}, {-20, -3, J}}));
+  EXPECT_EQ(test::Nodes(Read(PhFile('C', "0001", {1, 2}, {stitches, jumps, empty}))),
+            (std::vector<test::Node>{{-9, -2, J}, {4, 0, 0}, {0, 2, 0}, {0, -1, J}, {15, 3, S | J}, {-20, -3, J}}));
 }
 
 TEST(PhReader, RealFilesKeepTheirStitchesAndColours) {
@@ -165,7 +162,7 @@ TEST(PhReader, RealFilesKeepTheirStitchesAndColours) {
       if (move.flags == 0 && (!expected.empty() || move.dx != 0 || move.dy != 0)) expected.emplace_back(x, y);
     }
     Design design;
-    ASSERT_TRUE(ReadPhFile(design, AsReaderInput(file))) << sample.file;
+    ASSERT_TRUE(ReadPhFile(design, test::AsReaderInput(file))) << sample.file;
     int x = 0, y = 0, stops = 0;
     for (const StitchNode& node : design.stitches) {
       x += node.dx, y += node.dy;
@@ -187,9 +184,9 @@ TEST(PhReader, RealFilesKeepTheirStitchesAndColours) {
 
 TEST(PhReader, CutAndHostileFilesNeverBreakIt) {
   const Bytes file = test::ReadTestFile("Star.phb");
-  for (size_t length = 0; length <= file.size(); ++length) {
+  for (const size_t length : test::CutLengths(file.size())) {
     Design design;
-    ASSERT_TRUE(ReadPhFile(design, AsReaderInput(Bytes(file.begin(), file.begin() + length)))) << length;
+    ASSERT_TRUE(ReadPhFile(design, test::CutInput(file, length))) << length;
     ASSERT_TRUE(design.stitches.Empty() || !design.stitches.Tail()->IsColorStop()) << length;
   }
   // Every header field, block fields and the first stitches included, at its extremes.
@@ -198,7 +195,7 @@ TEST(PhReader, CutAndHostileFilesNeverBreakIt) {
       Bytes hostile = file;
       hostile[at] = value;
       Design design;
-      ASSERT_TRUE(ReadPhFile(design, AsReaderInput(hostile))) << at;
+      ASSERT_TRUE(ReadPhFile(design, test::AsReaderInput(hostile))) << at;
     }
   }
 }

@@ -287,7 +287,7 @@ TEST(DesignRenderer, BlocksTheCornerPenAndOutline) {
 
 TEST(DesignRenderer, RealDesignStaysInsideItsBox) {
   Design design;
-  ASSERT_TRUE(ReadDst(design, test::AsReaderInput(test::ReadTestFile("geometric_objects.dst"))));
+  ASSERT_TRUE(test::ReadSample(ReadDst, design, "geometric_objects.dst"));
   DesignRenderer renderer;
   ASSERT_EQ(renderer.bitmap.Create(200, 160), 0);
   renderer.design = &design;
@@ -318,7 +318,7 @@ TEST(DesignRenderer, RealDesignStaysInsideItsBox) {
 
 TEST(DesignRenderer, BlocksApartInOneWalkEqualEachBlockAlone) {
   Design real;
-  ASSERT_TRUE(ReadDst(real, test::AsReaderInput(test::ReadTestFile("geometric_objects.dst"))));
+  ASSERT_TRUE(test::ReadSample(ReadDst, real, "geometric_objects.dst"));
   // Zoomed in four times on 20 by 20, the second colour's stitch runs from
   // (-30, -30) to (50, 46) across the bitmap, and the clip test skips it.
   Design crossing;

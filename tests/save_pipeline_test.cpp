@@ -13,16 +13,12 @@
 namespace fennick {
 namespace {
 
-using test::Node;
-using test::Nodes;
-using test::SetNodes;
-
 // A centred w by h rectangle (stitch units, both even), one thread.
 Design Rectangle(int32_t width, int32_t height) {
   Design design;
   design.name = "rect.dst";
   design.threads.resize(1);
-  SetNodes(design, {{-width / 2, -height / 2, STITCH_JUMP}, {width, 0, 0}, {0, height, 0}});
+  test::SetNodes(design, {{-width / 2, -height / 2, STITCH_JUMP}, {width, 0, 0}, {0, height, 0}});
   design.ComputeBounds();
   return design;
 }
@@ -83,11 +79,11 @@ TEST(FitDesignToHoop, TurnsShrinksOrRefuses) {
   };
   for (const Case& c : cases) {
     Design design = Rectangle(c.width, c.height);
-    const std::vector<Node> before = Nodes(design);
+    const std::vector<test::Node> before = test::Nodes(design);
     EXPECT_EQ(FitDesignToHoop(design, c.settings), c.result) << c.what;
     EXPECT_EQ(design.fitRotation, c.rotation) << c.what;
     if (c.result != 0) {
-      EXPECT_EQ(Nodes(design), before) << c.what;
+      EXPECT_EQ(test::Nodes(design), before) << c.what;
       continue;
     }
     const int32_t width = design.maxX - design.minX, height = design.maxY - design.minY;
@@ -104,16 +100,16 @@ TEST(FitDesignToHoop, TurnsShrinksOrRefuses) {
 
 TEST(FitDesignToHoop, CentresAFittingDesignAndLeavesARefusedOneAlone) {
   Design design;
-  SetNodes(design, {{10, 0, 0}, {0, 4, 0}});
+  test::SetNodes(design, {{10, 0, 0}, {0, 4, 0}});
   // Stands at x 10, y 0 to 4: a jump to (-10, -2) goes in front.
   ASSERT_EQ(FitDesignToHoop(design, Hoop(1, 1, 0, 0, 0, 0)), 0);
-  EXPECT_EQ(Nodes(design), (std::vector<Node>{{-10, -2, STITCH_JUMP}, {10, 0, 0}, {0, 4, 0}}));
+  EXPECT_EQ(test::Nodes(design), (std::vector<test::Node>{{-10, -2, STITCH_JUMP}, {10, 0, 0}, {0, 4, 0}}));
   EXPECT_EQ(design.minY, -2);
 
-  SetNodes(design, {{0, 0, 0}, {30, 0, 0}});
+  test::SetNodes(design, {{0, 0, 0}, {30, 0, 0}});
   design.maxX = 7;
   ASSERT_EQ(FitDesignToHoop(design, Hoop(1, 1, 1, 1, 1, 10)), 1);
-  EXPECT_EQ(Nodes(design), (std::vector<Node>{{0, 0, 0}, {30, 0, 0}}));
+  EXPECT_EQ(test::Nodes(design), (std::vector<test::Node>{{0, 0, 0}, {30, 0, 0}}));
   EXPECT_EQ(design.maxX, 7);
 }
 
@@ -121,9 +117,9 @@ TEST(FitDesignToHoop, ShrinkCarriesTheErrorAndNarrowsTo16Bits) {
   // Both shrink by a quarter: f = 0.75 is exact in single precision.
   struct Case {
     const char* what;
-    std::vector<Node> nodes;
+    std::vector<test::Node> nodes;
     ConversionSettings settings;
-    std::vector<Node> expected;
+    std::vector<test::Node> expected;
   };
   const Case cases[] = {
       // x: -15 | 18.75 -> 18, carry .75 | -2.25 + .75 = -1.5 -> -1 (towards zero), carry -.5 | 13.5 - .5 = 13
@@ -140,9 +136,9 @@ TEST(FitDesignToHoop, ShrinkCarriesTheErrorAndNarrowsTo16Bits) {
   };
   for (const Case& c : cases) {
     Design design;
-    SetNodes(design, c.nodes);
+    test::SetNodes(design, c.nodes);
     ASSERT_EQ(FitDesignToHoop(design, c.settings), 0) << c.what;
-    EXPECT_EQ(Nodes(design), c.expected) << c.what;
+    EXPECT_EQ(test::Nodes(design), c.expected) << c.what;
   }
 }
 
@@ -153,7 +149,7 @@ TEST(SplitDesign, KeepsColoursWholeAndStartsThePieceFromTheOrigin) {
     int32_t stitchLimit, colorLimit;
     size_t keptNodes;  // all 8 + lastStitches: no split
     size_t keptThreads;
-    Node firstMoved;
+    test::Node firstMoved;
   };
   const Case cases[] = {
       // C (5 stitches) would end at node 12: it goes whole, its stop becoming a jump to (6, 6).
@@ -178,8 +174,8 @@ TEST(SplitDesign, KeepsColoursWholeAndStartsThePieceFromTheOrigin) {
     EXPECT_EQ(rest.stitches.Size(), total - c.keptNodes) << c.what;
     ASSERT_EQ(rest.threads.size(), 1u) << c.what;
     EXPECT_EQ(rest.threads[0].rgb, ColorRef(120, 0, 0)) << c.what;
-    EXPECT_EQ(Nodes(rest).front(), c.firstMoved) << c.what;
-    EXPECT_EQ(Nodes(rest).back(), (Node{1, 1, 0})) << c.what;
+    EXPECT_EQ(test::Nodes(rest).front(), c.firstMoved) << c.what;
+    EXPECT_EQ(test::Nodes(rest).back(), (test::Node{1, 1, 0})) << c.what;
   }
 }
 
@@ -196,7 +192,7 @@ TEST(SplitDesign, JefLimitsSplitAfter64000Nodes) {
       continue;
     }
     // Node 64001 stands at 64001 * (2, -1); the thread in use goes with it.
-    EXPECT_EQ(Nodes(rest), (std::vector<Node>{{128002, -64001, STITCH_JUMP}}));
+    EXPECT_EQ(test::Nodes(rest), (std::vector<test::Node>{{128002, -64001, STITCH_JUMP}}));
     EXPECT_EQ(rest.threads.size(), 1u);
     EXPECT_TRUE(design.threads.empty());
   }

@@ -2,25 +2,15 @@
 
 #include <gtest/gtest.h>
 
-#include <set>
 #include <utility>
 
 #include "formats/dst.h"
+#include "core/byte_cursor.h"
 #include "tests/test_support.h"
 #include "tools/sample_design.h"
 
 namespace fennick {
 namespace {
-
-using test::AsReaderInput;
-using test::Node;
-using test::Nodes;
-using test::SetNodes;
-
-void PutU16(std::vector<uint8_t>& bytes, size_t offset, uint32_t value) {
-  bytes[offset] = static_cast<uint8_t>(value);
-  bytes[offset + 1] = static_cast<uint8_t>(value >> 8);
-}
 
 // Offsets of the picture blocks: the whole design, then per colour the small
 // and the large one, and the outline.
@@ -31,27 +21,28 @@ TEST(SewWriter, GoldenHeaderAndStream) {
   design.threads.resize(2);
   design.threads[0].rgb = ColorRef(255, 0, 0);  // Janome 10, Red
   design.threads[1].rgb = ColorRef(0, 0, 0);    // Janome 1, Black
-  SetNodes(design, {{10, 0, 0}, {0, 0, STITCH_COLORSTOP}, {200, 0, 0}});
+  test::SetNodes(design, {{10, 0, 0}, {0, 0, STITCH_COLORSTOP}, {200, 0, 0}});
   std::vector<uint8_t> out;
   ASSERT_EQ(WriteSew(design, out), 0);
 
   // Positions x 10..210: centring puts a jump (-110, 0) at the head, the move
   // to the start point makes it (65, -100), and it gets its anchor. The long
   // stitch becomes a jump of 127 and a stitch of 73.
-  const std::vector<Node> nodes = {{65, -100, STITCH_JUMP}, {0, 0, 0},   {10, 0, 0}, {0, 0, STITCH_COLORSTOP},
-                                   {127, 0, STITCH_JUMP},    {73, 0, 0}};
-  EXPECT_EQ(Nodes(design), nodes);
+  const std::vector<test::Node> nodes = {{65, -100, STITCH_JUMP}, {0, 0, 0},   {10, 0, 0}, {0, 0, STITCH_COLORSTOP},
+                                         {127, 0, STITCH_JUMP},    {73, 0, 0}};
+  EXPECT_EQ(test::Nodes(design), nodes);
   EXPECT_EQ(design.threads[0].chartIndex, 10);
   EXPECT_EQ(design.threads[1].chartIndex, 1);
 
   // 2 * (2 threads + 6 nodes + 2 jumps) bytes of stream.
   ASSERT_EQ(out.size(), kStream + 20);
   std::vector<uint8_t> header(74, 0);
-  PutU16(header, 0, 2);
-  PutU16(header, 2, 10);
-  PutU16(header, 4, 1);
-  PutU16(header, 50, 3);  // jump, anchor, stitch
-  PutU16(header, 52, 4);  // stop, jump, stitch, and one more
+  ByteWriter patch(header);
+  patch.PatchU16LE(0, 2);
+  patch.PatchU16LE(2, 10);
+  patch.PatchU16LE(4, 1);
+  patch.PatchU16LE(50, 3);  // jump, anchor, stitch
+  patch.PatchU16LE(52, 4);  // stop, jump, stitch, and one more
   EXPECT_EQ(std::vector<uint8_t>(out.begin(), out.begin() + 74), header);
   const std::vector<uint8_t> stream = {0x80, 0x02, 0x41, 0x9C, 0x00, 0x00, 0x0A, 0x00, 0x80, 0x01,
                                        0x00, 0x00, 0x80, 0x02, 0x7F, 0x00, 0x49, 0x00, 0x80, 0x10};
@@ -85,8 +76,8 @@ TEST(SewWriter, PicturesShowTheTopOfTheDesignAtTheTop) {
   // shifts the drawing by 100 of 2000 units down.
   Design design;
   design.threads.resize(1);
-  SetNodes(design, {{0, 2000, STITCH_JUMP}, {100, 0, 0}, {100, 0, 0}, {100, 0, 0}, {100, 0, 0},
-                    {100, 0, 0},            {0, -1000, 0}, {0, -1000, 0}});
+  test::SetNodes(design, {{0, 2000, STITCH_JUMP}, {100, 0, 0}, {100, 0, 0}, {100, 0, 0}, {100, 0, 0},
+                          {100, 0, 0},            {0, -1000, 0}, {0, -1000, 0}});
   std::vector<uint8_t> out;
   ASSERT_EQ(WriteSew(design, out), 0);
   int top = 0, bottom = 0;
@@ -109,20 +100,21 @@ TEST(SewWriter, RefusesDesignsItCannotHold) {
   design.threads.resize(1);
   EXPECT_EQ(WriteSew(design, out), -1);  // no stitches
   EXPECT_TRUE(out.empty());
-  SetNodes(design, {{1, 1, 0}});
+  test::SetNodes(design, {{1, 1, 0}});
   design.threads.clear();
   EXPECT_EQ(WriteSew(design, out), -1);
   design.threads.resize(13);
   EXPECT_EQ(WriteSew(design, out), -1);
-  EXPECT_EQ(Nodes(design), (std::vector<Node>{{1, 1, 0}}));
+  EXPECT_EQ(test::Nodes(design), (std::vector<test::Node>{{1, 1, 0}}));
   design.threads.resize(12);
   EXPECT_EQ(WriteSew(design, out), 0);
 }
 
 std::vector<uint8_t> SewFile(const std::vector<int16_t>& palette, const std::vector<uint8_t>& stream) {
   std::vector<uint8_t> bytes(kStream, 0);
-  PutU16(bytes, 0, static_cast<uint16_t>(palette.size()));
-  for (size_t i = 0; i < palette.size(); ++i) PutU16(bytes, 2 + 2 * i, static_cast<uint16_t>(palette[i]));
+  ByteWriter patch(bytes);
+  patch.PatchU16LE(0, static_cast<uint16_t>(palette.size()));
+  for (size_t i = 0; i < palette.size(); ++i) patch.PatchU16LE(2 + 2 * i, static_cast<uint16_t>(palette[i]));
   bytes.insert(bytes.end(), stream.begin(), stream.end());
   return bytes;
 }
@@ -134,11 +126,11 @@ TEST(SewReader, PairCodesAndEndSteps) {
       {10, 1, 2}, {0x0A, 0x00, 0x80, 0x02, 0x05, 0x00, 0x02, 0x00, 0x80, 0x01, 0x00, 0x00, 0x03, 0x00, 0x80, 0x07,
                    0x04, 0x00, 0x80, 0x10, 0x09, 0x09});
   Design design;
-  ASSERT_TRUE(ReadSew(design, AsReaderInput(bytes)));
+  ASSERT_TRUE(ReadSew(design, test::AsReaderInput(bytes)));
   // Positions x 10..24: the head jump is (-17, 0).
-  const std::vector<Node> expected = {{-17, 0, STITCH_JUMP},    {10, 0, 0}, {7, 0, STITCH_JUMP},
-                                      {0, 0, STITCH_COLORSTOP}, {3, 0, 0},  {4, 0, 0}};
-  EXPECT_EQ(Nodes(design), expected);
+  const std::vector<test::Node> expected = {{-17, 0, STITCH_JUMP},    {10, 0, 0}, {7, 0, STITCH_JUMP},
+                                            {0, 0, STITCH_COLORSTOP}, {3, 0, 0},  {4, 0, 0}};
+  EXPECT_EQ(test::Nodes(design), expected);
   // Threads stay as the header lists them, one stop or not.
   ASSERT_EQ(design.threads.size(), 3u);
   EXPECT_EQ(design.threads[0].colorName, "Red");
@@ -154,22 +146,10 @@ TEST(SewReader, ShortFilesHaveThreadsButNoStitches) {
     std::vector<uint8_t> bytes = SewFile({10}, {0x05, 0x00, 0x06, 0x00, 0x07, 0x00});
     bytes.resize(length);
     Design design;
-    ASSERT_TRUE(ReadSew(design, AsReaderInput(bytes)));
+    ASSERT_TRUE(ReadSew(design, test::AsReaderInput(bytes)));
     EXPECT_EQ(design.threads.size(), 1u) << length;
     EXPECT_EQ(design.stitches.Size(), nodes) << length;
   }
-}
-
-std::vector<StitchPoint> NeedlePoints(const Design& design) {
-  std::vector<StitchPoint> points;
-  int32_t x = 0, y = 0;
-  for (const StitchNode& node : design.stitches) {
-    x += node.dx;
-    y += node.dy;
-    if (node.flags == 0 && node.HasMove()) points.push_back({x, y});
-  }
-  for (size_t i = points.size(); i-- > 0;) points[i] = {points[i].x - points[0].x, points[i].y - points[0].y};
-  return points;
 }
 
 TEST(SewRoundTrip, SampleDesignKeepsItsStitches) {
@@ -186,8 +166,8 @@ TEST(SewRoundTrip, SampleDesignKeepsItsStitches) {
   EXPECT_EQ(y - end.y, -100);
 
   Design read;
-  ASSERT_TRUE(ReadSew(read, AsReaderInput(bytes)));
-  EXPECT_EQ(NeedlePoints(read), NeedlePoints(original));
+  ASSERT_TRUE(ReadSew(read, test::AsReaderInput(bytes)));
+  EXPECT_EQ(test::FromFirst(test::NeedlePath(read)), test::FromFirst(test::NeedlePath(original)));
   ASSERT_EQ(read.threads.size(), original.threads.size());
   for (size_t i = 0; i < read.threads.size(); ++i) EXPECT_EQ(read.threads[i].chartIndex, design.threads[i].chartIndex);
   EXPECT_EQ(read.maxX + read.minX, read.maxX - std::abs(read.minX));  // centred again
@@ -195,8 +175,8 @@ TEST(SewRoundTrip, SampleDesignKeepsItsStitches) {
 
 TEST(SewSamples, MatchesTheSameDesignInDst) {
   Design sew, dst;
-  ASSERT_TRUE(ReadSew(sew, AsReaderInput(test::ReadTestFile("geometric_objects.sew"))));
-  ASSERT_TRUE(ReadDst(dst, AsReaderInput(test::ReadTestFile("geometric_objects.dst"))));
+  ASSERT_TRUE(test::ReadSample(ReadSew, sew, "geometric_objects.sew"));
+  ASSERT_TRUE(test::ReadSample(ReadDst, dst, "geometric_objects.dst"));
   // Janome 60 Blue Ink, 68 Mustard, 63 Crimson, 28 Bright Blue.
   const std::vector<uint32_t> colors = {ColorRef(8, 32, 123), ColorRef(231, 223, 123), ColorRef(247, 52, 140),
                                         ColorRef(74, 130, 173)};
@@ -204,31 +184,19 @@ TEST(SewSamples, MatchesTheSameDesignInDst) {
   for (size_t i = 0; i < colors.size(); ++i) EXPECT_EQ(sew.threads[i].rgb, colors[i]) << i;
   EXPECT_EQ(sew.maxX - sew.minX, dst.maxX - dst.minX);
   EXPECT_EQ(sew.maxY - sew.minY, dst.maxY - dst.minY);
-  auto corner = [](const Design& design) {
-    std::set<std::pair<int32_t, int32_t>> points;
-    int32_t x = 0, y = 0;
-    for (const StitchNode& node : design.stitches) {
-      x += node.dx;
-      y += node.dy;
-      if (node.flags == 0) points.emplace(x - design.minX, y - design.minY);
-    }
-    return points;
-  };
-  const auto a = corner(sew), b = corner(dst);
+  const auto a = test::NeedlePoints(sew, test::Landing::kPlain, test::LowerLeft(sew));
+  const auto b = test::NeedlePoints(dst, test::Landing::kPlain, test::LowerLeft(dst));
   ASSERT_GT(a.size(), 3000u);
-  size_t shared = 0;
-  for (const auto& point : a) shared += b.count(point);
-  EXPECT_GT(shared, a.size() * 99 / 100);
+  EXPECT_GT(a.size() - test::CountMissing(a, b), a.size() * 99 / 100);
 }
 
 TEST(SewReader, EveryTruncationReadsSafely) {
   // Every length through the header and the first 2000 stream bytes, then
   // every 61st: each stitch read costs the whole file's end steps.
   const std::vector<uint8_t> file = test::ReadTestFile("geometric_objects.sew");
-  for (size_t length = 0; length <= file.size(); length += length < kStream + 2000 ? 1 : 61) {
-    std::vector<uint8_t> bytes(file.begin(), file.begin() + static_cast<ptrdiff_t>(length));
+  for (const size_t length : test::CutLengths(file.size(), kStream + 2000, 61)) {
     Design design;
-    ReadSew(design, AsReaderInput(bytes));
+    ReadSew(design, test::CutInput(file, length));
   }
 }
 

@@ -10,10 +10,6 @@
 namespace fennick {
 namespace {
 
-using test::AsReaderInput;
-using test::Node;
-using test::Nodes;
-
 struct ShvColor {
   uint16_t stitchCount;
   uint8_t paletteIndex, chart;
@@ -60,13 +56,14 @@ TEST(ShvReader, ColourTableAndMoves) {
   };
   Design design;
   design.name = "/d/x.shv";
-  ASSERT_TRUE(ReadShv(design, AsReaderInput(ShvFile(colors, stream))));
+  ASSERT_TRUE(ReadShv(design, test::AsReaderInput(ShvFile(colors, stream))));
   EXPECT_EQ(design.name, "/d/x.shv");
-  std::vector<Node> nodes = Nodes(design);
+  std::vector<test::Node> nodes = test::Nodes(design);
   ASSERT_FALSE(nodes.empty());
   nodes.erase(nodes.begin());  // the first jump, moved by centring
-  const std::vector<Node> expected = {{5, 5, 0},     {3, -128, 0}, {1, -32768, STITCH_JUMP}, {0, 0, STITCH_COLORSTOP},
-                                      {0, 0, STITCH_COLORSTOP}, {1, 1, 0}, {2, -2, 0}};
+  const std::vector<test::Node> expected = {{5, 5, 0},  {3, -128, 0}, {1, -32768, STITCH_JUMP},
+                                            {0, 0, STITCH_COLORSTOP}, {0, 0, STITCH_COLORSTOP},
+                                            {1, 1, 0},  {2, -2, 0}};
   EXPECT_EQ(nodes, expected);
   EXPECT_EQ(design.stitches.Head()->flags, STITCH_JUMP);
   EXPECT_EQ(design.maxX, -design.minX);
@@ -85,9 +82,9 @@ TEST(ShvReader, ColourTableAndMoves) {
 TEST(ShvReader, RefusedFiles) {
   const std::vector<uint8_t> good = ShvFile({{1, 0, 0, {}}}, {0x01, 0x01});
   Design design;
-  EXPECT_FALSE(ReadShv(design, AsReaderInput(good))) << "no name";
+  EXPECT_FALSE(ReadShv(design, test::AsReaderInput(good))) << "no name";
   design.name = "x.shv";
-  EXPECT_TRUE(ReadShv(design, AsReaderInput(good)));
+  EXPECT_TRUE(ReadShv(design, test::AsReaderInput(good)));
   // Below 87 bytes, below 87 + title + 8, and a picture ending past the end.
   const size_t sizes[] = {85, 86 + 2 + 7};
   for (const size_t size : sizes) {
@@ -96,7 +93,7 @@ TEST(ShvReader, RefusedFiles) {
   std::vector<uint8_t> bigPicture = good;
   bigPicture[89] = 200;
   bigPicture[90] = 200;
-  EXPECT_FALSE(ReadShv(design, AsReaderInput(bigPicture)));
+  EXPECT_FALSE(ReadShv(design, test::AsReaderInput(bigPicture)));
 }
 
 TEST(ShvReader, LargePictureFormAndTruncatedStream) {
@@ -113,54 +110,39 @@ TEST(ShvReader, LargePictureFormAndTruncatedStream) {
   bytes.insert(bytes.end(), {0x02, 0x02, 0x03});  // the file ends inside the second move
   Design design;
   design.name = "t.shv";
-  ASSERT_TRUE(ReadShv(design, AsReaderInput(bytes)));
+  ASSERT_TRUE(ReadShv(design, test::AsReaderInput(bytes)));
   ASSERT_EQ(design.threads.size(), 2u);
   EXPECT_EQ(design.threads[0].colorName, "Gray");
   // The second move reads the added zero byte; the stop of the second colour stays.
-  const std::vector<Node> nodes = Nodes(design);
+  const std::vector<test::Node> nodes = test::Nodes(design);
   ASSERT_EQ(nodes.size(), 4u);
-  EXPECT_EQ(nodes[2], Node(3, 0, 0));
-  EXPECT_EQ(nodes[3], Node(0, 0, STITCH_COLORSTOP));
+  EXPECT_EQ(nodes[2], test::Node(3, 0, 0));
+  EXPECT_EQ(nodes[3], test::Node(0, 0, STITCH_COLORSTOP));
 }
 
 TEST(ShvReader, StarSampleMatchesThePesOfTheSameDesign) {
   Design shv, pes;
   shv.name = "Star.shv";
-  ASSERT_TRUE(ReadShv(shv, AsReaderInput(test::ReadTestFile("Star.shv"))));
-  ASSERT_TRUE(ReadPesFile(pes, AsReaderInput(test::ReadTestFile("star.pes"))));
+  ASSERT_TRUE(test::ReadSample(ReadShv, shv, "Star.shv"));
+  ASSERT_TRUE(test::ReadSample(ReadPesFile, pes, "star.pes"));
   // The table names palette entries 41 and 12 and no chart.
   ASSERT_EQ(shv.threads.size(), 2u);
   EXPECT_EQ(shv.threads[0].colorName, "Dark Orange");
   EXPECT_EQ(shv.threads[1].colorName, "White");
   EXPECT_EQ((std::array{shv.minX, shv.maxX, shv.minY, shv.maxY}), (std::array{pes.minX, pes.maxX, pes.minY, pes.maxY}));
   // Every needle point of the SHV is one of the PES, after centring both.
-  std::vector<std::pair<int32_t, int32_t>> expected;
-  int32_t x = 0, y = 0;
-  for (const StitchNode& node : pes.stitches) {
-    x += node.dx;
-    y += node.dy;
-    expected.emplace_back(x, y);
-  }
-  std::sort(expected.begin(), expected.end());
-  x = y = 0;
-  size_t stitches = 0, missing = 0;
-  for (const StitchNode& node : shv.stitches) {
-    x += node.dx;
-    y += node.dy;
-    if (node.flags != 0 || !node.HasMove()) continue;
-    ++stitches;
-    if (!std::binary_search(expected.begin(), expected.end(), std::pair{x, y})) ++missing;
-  }
-  EXPECT_GT(stitches, 2000u);
+  const auto stitches = test::NeedlePath(shv);
+  const size_t missing = test::CountMissing(stitches, test::NeedlePoints(pes, test::Landing::kAny));
+  EXPECT_GT(stitches.size(), 2000u);
   EXPECT_EQ(missing, 0u);
 }
 
 TEST(ShvReader, EveryTruncationOfTheSampleReads) {
   const std::vector<uint8_t> bytes = test::ReadTestFile("Star.shv");
-  for (size_t length = 0; length <= bytes.size(); ++length) {
+  for (const size_t length : test::CutLengths(bytes.size())) {
     Design design;
     design.name = "cut.shv";
-    ReadShv(design, AsReaderInput({bytes.begin(), bytes.begin() + static_cast<ptrdiff_t>(length)}));
+    ReadShv(design, test::CutInput(bytes, length));
   }
 }
 

@@ -18,6 +18,36 @@ std::vector<uint8_t> ReadBytes(const std::string& path) {
 
 }  // namespace
 
+std::vector<size_t> CutLengths(size_t size, size_t everyBelow, size_t stride) {
+  std::vector<size_t> lengths;
+  for (size_t length = 0; length <= size; length += length < everyBelow ? 1 : stride) lengths.push_back(length);
+  return lengths;
+}
+
+std::vector<Point> NeedlePath(const Design& design, Landing which, Point origin) {
+  std::vector<Point> path;
+  int64_t x = 0, y = 0;
+  for (const StitchNode& node : design.stitches) {
+    x += node.dx;
+    y += node.dy;
+    const bool counts = which == Landing::kAny || (which == Landing::kNotJump && !node.IsJump()) ||
+                        (which == Landing::kPlain && node.flags == 0) ||
+                        (which == Landing::kStitch && node.flags == 0 && node.HasMove());
+    if (counts) path.emplace_back(x - origin.first, y - origin.second);
+  }
+  return path;
+}
+
+std::set<Point> NeedlePoints(const Design& design, Landing which, Point origin) {
+  const std::vector<Point> path = NeedlePath(design, which, origin);
+  return {path.begin(), path.end()};
+}
+
+std::vector<Point> FromFirst(std::vector<Point> path) {
+  for (size_t i = path.size(); i-- > 0;) path[i] = {path[i].first - path[0].first, path[i].second - path[0].second};
+  return path;
+}
+
 std::vector<uint8_t> ReadTestFile(const std::string& name) { return ReadBytes(std::string(FENNICK_TEST_DATA) + "/" + name); }
 
 ScratchFolder::ScratchFolder() {

@@ -1,10 +1,14 @@
-// Helpers shared by the tests: designs from node tables, files in a scratch
-// folder, and a private preference folder per test.
+// Helpers shared by the tests: designs from node tables, where their needle
+// lands, cut sample files, files in a scratch folder, and a private
+// preference folder per test.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <optional>
+#include <set>
+#include <span>
 #include <string>
 #include <tuple>
 #include <utility>
@@ -33,7 +37,54 @@ inline std::vector<uint8_t> AsReaderInput(std::vector<uint8_t> bytes) {
   return bytes;
 }
 
+// The first `length` bytes of a file, as ReadDesignFile hands them on.
+inline std::vector<uint8_t> CutInput(const std::vector<uint8_t>& bytes, size_t length) {
+  return AsReaderInput({bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(length)});
+}
+
+// The lengths 0 to `size` to cut a file to: each one below `everyBelow`, then
+// every `stride`th, so that long files stay quick.
+std::vector<size_t> CutLengths(size_t size, size_t everyBelow = SIZE_MAX, size_t stride = 1);
+
 std::vector<uint8_t> ReadTestFile(const std::string& name);  // from tests/data
+
+// Reads the sample `name` from tests/data as ReadDesignFile would hand it on.
+using SampleReader = bool (*)(Design& design, std::span<const uint8_t> bytes);
+inline bool ReadSample(SampleReader read, Design& design, const std::string& name) {
+  return read(design, AsReaderInput(ReadTestFile(name)));
+}
+
+// Absolute needle positions, less `origin`.
+using Point = std::pair<int64_t, int64_t>;
+
+// Which nodes' landing points count.
+enum class Landing {
+  kStitch,   // plain stitches that move the needle
+  kPlain,    // plain nodes, moving or not
+  kNotJump,  // every node but jumps
+  kAny,      // every node
+};
+
+// The lower left corner of the design's bounds, to compare designs that are
+// centred differently.
+inline Point LowerLeft(const Design& design) { return {design.minX, design.minY}; }
+
+// Where the chosen nodes land, in stitch order.
+std::vector<Point> NeedlePath(const Design& design, Landing which = Landing::kStitch, Point origin = {});
+
+// The same as a set, for designs whose readers merge or split some nodes.
+std::set<Point> NeedlePoints(const Design& design, Landing which = Landing::kStitch, Point origin = {});
+
+// The path as offsets from its first point.
+std::vector<Point> FromFirst(std::vector<Point> path);
+
+// How many of `points` (a set or a path, which counts repeats) are not in `within`.
+template <class Points>
+size_t CountMissing(const Points& points, const std::set<Point>& within) {
+  size_t missing = 0;
+  for (const Point& point : points) missing += within.count(point) == 0 ? 1 : 0;
+  return missing;
+}
 
 // A fresh folder under the system's temporary folder, removed at the end. For
 // its lifetime it is $HOME, $XDG_CONFIG_HOME is its "config" and

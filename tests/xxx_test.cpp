@@ -2,22 +2,17 @@
 
 #include <gtest/gtest.h>
 
-#include <set>
 #include <sstream>
 #include <string>
 
 #include "formats/dst.h"
+#include "core/byte_cursor.h"
 #include "tests/test_support.h"
 #include "threads/thread_charts.h"
 #include "tools/sample_design.h"
 
 namespace fennick {
 namespace {
-
-using test::AsReaderInput;
-using test::Node;
-using test::Nodes;
-using test::SetNodes;
 
 std::vector<uint8_t> Hex(const std::string& text) {
   std::vector<uint8_t> bytes;
@@ -32,11 +27,6 @@ const std::vector<uint8_t> kTrailer = Hex(
     "ff ff 00 00 00 00 ff 00 00 ff 00 00 ff 00 80 00 00 ff ff 00 40 6c d8 00 38 bc 40 00 40 a4 b0 00 e8 74 50 "
     "00 b8 28 b8 00 d0 bc 70 00 b8 d8 28 00 70 44 d0 00 83 83 83 00 ff ff ff 00 01");
 
-void PutU16(std::vector<uint8_t>& bytes, size_t offset, uint32_t value) {
-  bytes[offset] = static_cast<uint8_t>(value);
-  bytes[offset + 1] = static_cast<uint8_t>(value >> 8);
-}
-
 // A file of the given stream whose trailer follows the stream directly and
 // holds the given colours in its first slots.
 std::vector<uint8_t> XxxFile(const std::string& stream, const std::vector<uint32_t>& colors) {
@@ -44,7 +34,7 @@ std::vector<uint8_t> XxxFile(const std::string& stream, const std::vector<uint32
   const std::vector<uint8_t> codes = Hex(stream);
   bytes.insert(bytes.end(), codes.begin(), codes.end());
   const size_t trailer = bytes.size();
-  PutU16(bytes, 252, static_cast<uint32_t>(trailer));
+  ByteWriter(bytes).PatchU16LE(252, static_cast<uint16_t>(trailer));
   bytes.insert(bytes.end(), kTrailer.begin(), kTrailer.end());
   for (size_t i = 0; i < colors.size(); ++i) {
     for (size_t c = 0; c < 3; ++c) bytes[trailer + 7 + 4 * i + c] = static_cast<uint8_t>(colors[i] >> (8 * c));
@@ -61,14 +51,14 @@ TEST(XxxWriter, GoldenBytes) {
   design.maxX = 20;
   design.minY = -4;
   design.maxY = 9;
-  SetNodes(design, {{5, -3, STITCH_JUMP},
-                    {10, 20, 0},
-                    {0, 0, STITCH_COLORSTOP},
-                    {200, 0, 0},
-                    {130, -1, STITCH_JUMP},
-                    {3, 4, STITCH_COLORSTOP | STITCH_JUMP},
-                    {3, 4, STITCH_COLORSTOP},
-                    {-5, 3, 0}});
+  test::SetNodes(design, {{5, -3, STITCH_JUMP},
+                          {10, 20, 0},
+                          {0, 0, STITCH_COLORSTOP},
+                          {200, 0, 0},
+                          {130, -1, STITCH_JUMP},
+                          {3, 4, STITCH_COLORSTOP | STITCH_JUMP},
+                          {3, 4, STITCH_COLORSTOP},
+                          {-5, 3, 0}});
   std::vector<uint8_t> out;
   ASSERT_EQ(WriteXxx(design, out), 0);
 
@@ -76,11 +66,12 @@ TEST(XxxWriter, GoldenBytes) {
       "7f 01 05 fd  0a 14  7f 08 00 00  7d c8 00 00 00  7e 82 00 ff ff  7f 08 00 00 7f 01 03 04  "
       "7f 08 00 00  fb 03");
   std::vector<uint8_t> expected(256, 0);
-  PutU16(expected, 23, 8);   // nodes
-  PutU16(expected, 39, 2);   // threads
-  PutU16(expected, 45, 27);  // 7 + 20
-  PutU16(expected, 47, 13);  // 4 + 9
-  PutU16(expected, 252, 256 + static_cast<uint32_t>(stream.size()));
+  ByteWriter patch(expected);
+  patch.PatchU16LE(23, 8);   // nodes
+  patch.PatchU16LE(39, 2);   // threads
+  patch.PatchU16LE(45, 27);  // 7 + 20
+  patch.PatchU16LE(47, 13);  // 4 + 9
+  patch.PatchU16LE(252, static_cast<uint16_t>(256 + stream.size()));
   expected.insert(expected.end(), stream.begin(), stream.end());
   std::vector<uint8_t> trailer = kTrailer;
   trailer[7] = 1, trailer[8] = 2, trailer[9] = 3;
@@ -88,7 +79,7 @@ TEST(XxxWriter, GoldenBytes) {
   expected.insert(expected.end(), trailer.begin(), trailer.end());
   EXPECT_EQ(out, expected);
   // The long stitch is a jump from now on.
-  EXPECT_EQ(Nodes(design)[3], (Node{200, 0, STITCH_JUMP}));
+  EXPECT_EQ(test::Nodes(design)[3], (test::Node{200, 0, STITCH_JUMP}));
 }
 
 TEST(XxxWriter, OnlyFifteenColoursButEveryChange) {
@@ -116,12 +107,12 @@ TEST(XxxReader, CodesAndEndSteps) {
       "0a 00  7f 01 00 05  7e 00 00 c8 00  01 00  7f 08 00 00  7d 2c 01 00 00  7f 18  05 05  00 00 00 00",
       {chart[3].rgb, chart[5].rgb});
   Design design;
-  ASSERT_TRUE(ReadXxx(design, AsReaderInput(bytes)));
+  ASSERT_TRUE(ReadXxx(design, test::AsReaderInput(bytes)));
   // The jumps and their landing merge into (1, 205); positions span x 10..311
   // and y 0..205, so the head jump is (-160, -102), one lower for the odd height.
-  const std::vector<Node> expected = {{-160, -103, STITCH_JUMP}, {10, 0, 0}, {1, 205, STITCH_JUMP},
-                                      {0, 0, STITCH_COLORSTOP},   {0, 0, 0},  {300, 0, 0}};
-  EXPECT_EQ(Nodes(design), expected);
+  const std::vector<test::Node> expected = {{-160, -103, STITCH_JUMP}, {10, 0, 0}, {1, 205, STITCH_JUMP},
+                                            {0, 0, STITCH_COLORSTOP},   {0, 0, 0},  {300, 0, 0}};
+  EXPECT_EQ(test::Nodes(design), expected);
   ASSERT_EQ(design.threads.size(), 2u);
   EXPECT_EQ(design.threads[0].colorName, chart[3].colorName);
   EXPECT_EQ(design.threads[1].colorName, chart[5].colorName);
@@ -141,7 +132,7 @@ TEST(XxxReader, ColourSlotOfLateChanges) {
     for (int i = 0; i < 15; ++i) stream += "7f 0a 00 00 ";
     stream += "7f " + code + " 00 00  01 01  00 00 00 00";
     Design design;
-    ASSERT_TRUE(ReadXxx(design, AsReaderInput(XxxFile(stream, colors))));
+    ASSERT_TRUE(ReadXxx(design, test::AsReaderInput(XxxFile(stream, colors))));
     ASSERT_EQ(design.threads.size(), 17u) << code;
     EXPECT_EQ(design.threads[14].colorName, chart[14].colorName);
     EXPECT_EQ(design.threads[16].colorName, chart[slot].colorName) << code;
@@ -155,28 +146,16 @@ TEST(XxxReader, ColourTableBeyondTheEndRepeatsTheLastValue) {
   const size_t trailer = bytes.size() - 96;
   bytes.resize(trailer + 7 + 4 + 2);
   Design design;
-  ASSERT_TRUE(ReadXxx(design, AsReaderInput(bytes)));
+  ASSERT_TRUE(ReadXxx(design, test::AsReaderInput(bytes)));
   ASSERT_EQ(design.threads.size(), 2u);
   EXPECT_EQ(design.threads[1].colorName, chart[4].colorName);
   // No table at all: every colour is the nearest to black.
   bytes.resize(trailer);
-  ASSERT_TRUE(ReadXxx(design, AsReaderInput(bytes)));
+  ASSERT_TRUE(ReadXxx(design, test::AsReaderInput(bytes)));
   Design black;
-  ASSERT_TRUE(ReadXxx(black, AsReaderInput(XxxFile("01 01 7f 08 00 00 02 02 00 00 00 00", {0, 0}))));
+  ASSERT_TRUE(ReadXxx(black, test::AsReaderInput(XxxFile("01 01 7f 08 00 00 02 02 00 00 00 00", {0, 0}))));
   EXPECT_EQ(design.threads[1].colorName, black.threads[1].colorName);
   EXPECT_EQ(design.stitches.Size(), black.stitches.Size());
-}
-
-std::vector<StitchPoint> NeedlePoints(const Design& design) {
-  std::vector<StitchPoint> points;
-  int32_t x = 0, y = 0;
-  for (const StitchNode& node : design.stitches) {
-    x += node.dx;
-    y += node.dy;
-    if (node.flags == 0 && node.HasMove()) points.push_back({x, y});
-  }
-  for (size_t i = points.size(); i-- > 0;) points[i] = {points[i].x - points[0].x, points[i].y - points[0].y};
-  return points;
 }
 
 TEST(XxxRoundTrip, SampleDesignKeepsItsStitchesButTheLastFourBytes) {
@@ -187,50 +166,38 @@ TEST(XxxRoundTrip, SampleDesignKeepsItsStitchesButTheLastFourBytes) {
   std::vector<uint8_t> bytes;
   ASSERT_EQ(WriteXxx(design, bytes), 0);
   Design read;
-  ASSERT_TRUE(ReadXxx(read, AsReaderInput(bytes)));
-  std::vector<StitchPoint> expected = NeedlePoints(original);
+  ASSERT_TRUE(ReadXxx(read, test::AsReaderInput(bytes)));
+  std::vector<test::Point> expected = test::FromFirst(test::NeedlePath(original));
   // The reader stops four bytes before the trailer: the last two stitches.
   expected.resize(expected.size() - 2);
-  EXPECT_EQ(NeedlePoints(read), expected);
+  EXPECT_EQ(test::FromFirst(test::NeedlePath(read)), expected);
   EXPECT_EQ(read.threads.size(), original.threads.size());
 }
 
 TEST(XxxSamples, MatchTheSameDesignInDst) {
   Design xxx, dst;
-  ASSERT_TRUE(ReadXxx(xxx, AsReaderInput(test::ReadTestFile("geometric_objects.xxx"))));
-  ASSERT_TRUE(ReadDst(dst, AsReaderInput(test::ReadTestFile("geometric_objects.dst"))));
+  ASSERT_TRUE(test::ReadSample(ReadXxx, xxx, "geometric_objects.xxx"));
+  ASSERT_TRUE(test::ReadSample(ReadDst, dst, "geometric_objects.dst"));
   EXPECT_EQ(xxx.threads.size(), 4u);
   EXPECT_EQ(xxx.maxX - xxx.minX, dst.maxX - dst.minX);
   EXPECT_EQ(xxx.maxY - xxx.minY, dst.maxY - dst.minY);
   // Both readers centre; the merged landing stitches differ, so the needle
   // points are compared as sets, from the bounds' lower left corner.
-  auto corner = [](const Design& design) {
-    std::set<std::pair<int32_t, int32_t>> points;
-    int32_t x = 0, y = 0;
-    for (const StitchNode& node : design.stitches) {
-      x += node.dx;
-      y += node.dy;
-      if (node.flags == 0) points.emplace(x - design.minX, y - design.minY);
-    }
-    return points;
-  };
-  const auto a = corner(xxx), b = corner(dst);
+  const auto a = test::NeedlePoints(xxx, test::Landing::kPlain, test::LowerLeft(xxx));
+  const auto b = test::NeedlePoints(dst, test::Landing::kPlain, test::LowerLeft(dst));
   ASSERT_GT(a.size(), 3000u);
-  size_t shared = 0;
-  for (const auto& point : a) shared += b.count(point);
-  EXPECT_GT(shared, a.size() * 99 / 100);
+  EXPECT_GT(a.size() - test::CountMissing(a, b), a.size() * 99 / 100);
 
   Design star;
-  ASSERT_TRUE(ReadXxx(star, AsReaderInput(test::ReadTestFile("Star.xxx"))));
+  ASSERT_TRUE(test::ReadSample(ReadXxx, star, "Star.xxx"));
   EXPECT_EQ(star.threads.size(), 2u);
 }
 
 TEST(XxxReader, EveryTruncationReadsSafely) {
   const std::vector<uint8_t> file = test::ReadTestFile("Star.xxx");
-  for (size_t length = 0; length <= file.size(); ++length) {
-    std::vector<uint8_t> bytes(file.begin(), file.begin() + static_cast<ptrdiff_t>(length));
+  for (const size_t length : test::CutLengths(file.size())) {
     Design design;
-    ReadXxx(design, AsReaderInput(bytes));
+    ReadXxx(design, test::CutInput(file, length));
   }
 }
 

@@ -11,6 +11,7 @@
 #include "archive/al_pk_archive.h"
 #include "archive/al_pk_engine.h"
 #include "archive/zip_member.h"
+#include "core/byte_cursor.h"
 #include "tests/test_support.h"
 
 namespace fennick {
@@ -25,16 +26,6 @@ DesignPath Member(const std::string& zipFile, const std::string& name) {
   path.SetZipFile(zipFile);
   path.SplitName(name);
   return path;
-}
-
-// Little-endian patches of hand-placed record fields.
-void Put16(Bytes& bytes, size_t at, uint16_t value) {
-  bytes.at(at) = static_cast<uint8_t>(value);
-  bytes.at(at + 1) = static_cast<uint8_t>(value >> 8);
-}
-void Put32(Bytes& bytes, size_t at, uint32_t value) {
-  Put16(bytes, at, static_cast<uint16_t>(value));
-  Put16(bytes, at + 2, static_cast<uint16_t>(value >> 16));
 }
 
 size_t Find(const Bytes& bytes, const std::string& text) {
@@ -172,7 +163,7 @@ TEST_F(ZipTest, EndRecordIsFoundWhereverTheCommentPutsIt) {
   // the signature across the first chunk edge (22 + 236 = 258 bytes from the end).
   for (size_t length : {0u, 233u, 234u, 235u, 236u, 237u, 500u, 65000u}) {
     Bytes bytes = plain;
-    Put16(bytes, bytes.size() - 2, static_cast<uint16_t>(length));
+    ByteWriter(bytes).PatchU16LE(bytes.size() - 2, static_cast<uint16_t>(length));
     bytes.resize(bytes.size() + length, 'c');
     folder.Write("c.zip", bytes);
     ALPkArchive archive(zip);
@@ -184,10 +175,10 @@ TEST_F(ZipTest, EndRecordIsFoundWhereverTheCommentPutsIt) {
   // names a directory at its own place, which is empty.
   Bytes bytes = plain;
   const uint32_t fake = static_cast<uint32_t>(bytes.size());
-  Put16(bytes, bytes.size() - 2, 22);
+  ByteWriter(bytes).PatchU16LE(bytes.size() - 2, 22);
   bytes.resize(bytes.size() + 22, 0);
   std::copy_n("PK\x05\x06", 4, bytes.begin() + fake);
-  Put32(bytes, fake + 16, fake);
+  ByteWriter(bytes).PatchU32LE(fake + 16, fake);
   folder.Write("c.zip", bytes);
   ALPkArchive archive(zip);
   ALEntryList list;
@@ -221,8 +212,8 @@ TEST_F(ZipTest, DamagedMembersReportTheirStatus) {
   EXPECT_EQ(std::string(status.GetStatusDetail()), expected);
 
   Bytes bzip = good;
-  Put16(bzip, 8, 12);  // local header method
-  Put16(bzip, central + 10, 12);
+  ByteWriter(bzip).PatchU16LE(8, 12);  // local header method
+  ByteWriter(bzip).PatchU16LE(central + 10, 12);
   folder.Write("s.zip", bzip);
   status = ExtractAll(zip, result);
   EXPECT_EQ(std::string(status.GetStatusDetail()), "m.txt: Attempt to decompress without a decompressor");
