@@ -1,8 +1,10 @@
 #!/usr/bin/env bash
-# Installs what building and testing Fennick needs on Debian 12, when missing.
+# Installs what building and testing Fennick needs on Debian 12, when missing,
+# and any further packages named as arguments (the fuzz build's clang).
 set -euo pipefail
 
-packages=(g++ cmake ninja-build pkg-config zlib1g-dev libpng-dev libgtest-dev libgmock-dev libbenchmark-dev zip unzip)
+packages=(g++ cmake ninja-build pkg-config zlib1g-dev libpng-dev libgtest-dev libgmock-dev libbenchmark-dev zip unzip
+          "$@")
 missing=()
 for package in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q "install ok installed" || missing+=("$package")
