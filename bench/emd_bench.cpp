@@ -1,16 +1,13 @@
 // Reading an EMD file of a million stitches (no colour file beside it).
-#include <benchmark/benchmark.h>
-
+#include "bench/bench_support.h"
 #include "formats/emd.h"
 
 namespace fennick {
 namespace {
 
-constexpr size_t kStitches = 1'000'000;
-
 void BM_EmdRead(benchmark::State& state) {
   std::vector<uint8_t> bytes(50, 0);
-  for (size_t i = 0; i < kStitches; ++i) {
+  for (size_t i = 0; i < bench::kMillion; ++i) {
     bytes.push_back(static_cast<uint8_t>(i % 7 + 1));
     bytes.push_back(i % 2 ? 5 : 0xFB);
   }
@@ -20,7 +17,7 @@ void BM_EmdRead(benchmark::State& state) {
     ReadEmd(design, bytes);
     benchmark::DoNotOptimize(design.stitches.Size());
   }
-  state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(kStitches));
+  state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(bench::kMillion));
 }
 BENCHMARK(BM_EmdRead)->Unit(benchmark::kMillisecond);
 

@@ -1,15 +1,12 @@
 // PCS writing of the million-stitch design, and reading. The record count a
 // reader takes holds 16 bits and a sign, so reading is timed on the largest
 // design it can take whole: 32,000 nodes.
-#include <benchmark/benchmark.h>
-
+#include "bench/bench_support.h"
 #include "formats/pcs.h"
 #include "tools/sample_design.h"
 
 namespace fennick {
 namespace {
-
-constexpr size_t kStitches = 1'000'000;
 
 constexpr size_t kReadableNodes = 32'000;
 
@@ -31,21 +28,11 @@ Design ShrunkDesign(size_t stitches) {
 }
 
 const Design& LargeDesign() {
-  static const Design design = ShrunkDesign(kStitches);
+  static const Design design = ShrunkDesign(bench::kMillion);
   return design;
 }
 
-void BM_PcsWrite(benchmark::State& state) {
-  std::vector<uint8_t> out;
-  for (auto _ : state) {
-    state.PauseTiming();
-    Design design = LargeDesign();
-    state.ResumeTiming();
-    WritePcs(design, out);
-    benchmark::DoNotOptimize(out.data());
-  }
-  state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(kStitches));
-}
+void BM_PcsWrite(benchmark::State& state) { bench::WriteLoop(state, LargeDesign(), WritePcs); }
 BENCHMARK(BM_PcsWrite)->Unit(benchmark::kMillisecond);
 
 void BM_PcsRead(benchmark::State& state) {

@@ -1,7 +1,6 @@
 // The software renderer: a million-stitch design at preview size, flat and
 // shaded, and batches of browser thumbnails at the usual icon sizes.
-#include <benchmark/benchmark.h>
-
+#include "bench/bench_support.h"
 #include "core/design.h"
 #include "tools/render/design_renderer.h"
 #include "tools/sample_design.h"
@@ -9,11 +8,10 @@
 namespace fennick {
 namespace {
 
-constexpr size_t kLargeStitches = 1'000'000;
 constexpr int kThumbnails = 200;
 
 Design& LargeDesign() {
-  static Design design = LargeSampleDesign(kLargeStitches);
+  static Design design = LargeSampleDesign(bench::kMillion);
   return design;
 }
 

@@ -1,8 +1,7 @@
 // The save pipeline on the million-stitch design: a whole conversion (read the
 // file, fit, split, write, save) DST to PES and PES to DST, and the fit and
 // split alone at JEF's limits.
-#include <benchmark/benchmark.h>
-
+#include "bench/bench_support.h"
 #include <cstdlib>
 #include <filesystem>
 #include <string>
@@ -16,8 +15,6 @@
 
 namespace fennick {
 namespace {
-
-constexpr size_t kStitches = 1'000'000;
 
 // A private folder for the files and the preferences that reading touches,
 // removed when the program ends.
@@ -43,7 +40,7 @@ const std::filesystem::path& BenchFolder() {
 std::string LargeFile(const std::string& extension) {
   const std::string path = (BenchFolder() / ("big." + extension)).string();
   if (!std::filesystem::exists(path)) {
-    Design design = LargeSampleDesign(kStitches);
+    Design design = LargeSampleDesign(bench::kMillion);
     design.name = path;
     std::vector<uint8_t> bytes;
     WriteDesignFile(design, bytes, FormatFromExtension(extension));
@@ -69,7 +66,7 @@ void Convert(benchmark::State& state, const std::string& from, const std::string
     benchmark::DoNotOptimize(files);
   }
   state.counters["files"] = files;
-  state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(kStitches));
+  state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(bench::kMillion));
 }
 
 void BM_SaveConvertDstToPes(benchmark::State& state) { Convert(state, "dst", "pes"); }
@@ -79,7 +76,7 @@ void BM_SaveConvertPesToDst(benchmark::State& state) { Convert(state, "pes", "ds
 BENCHMARK(BM_SaveConvertPesToDst)->Unit(benchmark::kMillisecond);
 
 void BM_SaveFitAndSplitAtJefLimits(benchmark::State& state) {
-  const Design large = LargeSampleDesign(kStitches);
+  const Design large = LargeSampleDesign(bench::kMillion);
   const ConversionSettings& jef = BuiltInConversion(kFormatJef);
   int pieces = 0;
   for (auto _ : state) {
@@ -95,7 +92,7 @@ void BM_SaveFitAndSplitAtJefLimits(benchmark::State& state) {
     benchmark::DoNotOptimize(pieces);
   }
   state.counters["pieces"] = pieces;
-  state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(kStitches));
+  state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(bench::kMillion));
 }
 BENCHMARK(BM_SaveFitAndSplitAtJefLimits)->Unit(benchmark::kMillisecond);
 

@@ -6,22 +6,20 @@
 namespace fennick {
 namespace {
 
-constexpr size_t kStitches = 1'000'000;
-
 // Four colours of serpentine fill rows, 120 by 86 mm, sewn over and over.
 const Design& HoopDesign() {
   static const Design design = [] {
     Design built;
     built.name = "hoop-sample.sew";
-    built.stitches.Reserve(kStitches + 16);
+    built.stitches.Reserve(bench::kMillion + 16);
     built.threads.push_back(ThreadColor{});
     built.threads.back().rgb = ColorRef(20, 40, 120);
     const uint32_t colors[] = {ColorRef(60, 160, 60), ColorRef(200, 20, 50), ColorRef(230, 180, 30)};
     int32_t direction = 40;
-    for (size_t i = 0; built.stitches.Size() < kStitches; ++i) {
-      if (i > 0 && i % (kStitches / 4) == 0) {
+    for (size_t i = 0; built.stitches.Size() < bench::kMillion; ++i) {
+      if (i > 0 && i % (bench::kMillion / 4) == 0) {
         ThreadColor thread;
-        thread.rgb = colors[(i / (kStitches / 4) - 1) % 3];
+        thread.rgb = colors[(i / (bench::kMillion / 4) - 1) % 3];
         built.AppendThread(thread);
       }
       if (i % 30 == 29) {

@@ -86,9 +86,8 @@ int RunColors(const Arguments& arguments) {
     ReportError(extension, "is not the extension of a design format");
     return 2;
   }
-  ConversionSettings settings;
-  ReadConversion(lower, settings);
-  const GlobalHandle block = GetFormatColors(path, settings);
+  // No conversion setting narrows a format's colour table.
+  const GlobalHandle block = GetFormatColors(path, ConversionSettings{});
   Design design;
   ParseEmbroideryFile(design, block);
   GlobalFree(block);

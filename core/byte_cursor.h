@@ -39,6 +39,7 @@ class ByteReader {
   int8_t S8() { return static_cast<int8_t>(U8()); }
   uint16_t U16LE() { return static_cast<uint16_t>(Little(2)); }
   int16_t S16LE() { return static_cast<int16_t>(U16LE()); }
+  uint32_t U24LE() { return static_cast<uint32_t>(Little(3)); }
   uint32_t U32LE() { return static_cast<uint32_t>(Little(4)); }
   int32_t S32LE() { return static_cast<int32_t>(U32LE()); }
   uint16_t U16BE() { return static_cast<uint16_t>(Big(2)); }

@@ -59,13 +59,14 @@ size_t WriteDesignFile(Design& design, std::vector<uint8_t>& out, int forcedForm
   out.clear();
   if (design.stitches.Empty()) return 0;
   DesignPath location(design.name);
-  const ToolSettings tools = GetToolSettings();
-
   int source = FormatFromExtension(location.GetExtension());
   if (source == kFormatPhb || source == kFormatPhd) source = kFormatPhc;
-  int target = tools.selected;
-  if (tools.keep != 0) target = source;
-  if (forcedFormat > -1) target = forcedFormat;
+  int target = forcedFormat;
+  if (forcedFormat <= -1) {
+    // Only an unforced write asks the tool settings: a batch writes many files.
+    const ToolSettings tools = GetToolSettings();
+    target = tools.keep != 0 ? source : tools.selected;
+  }
 
   const bool sourceIsDesign = source >= 0 && source != kFormatBmp && source != kFormatTxt;
   const FormatEntry* format = target >= kFormatPes && target <= kFormatVip ? FindFormat(target) : nullptr;

@@ -7,6 +7,7 @@
 
 #include "core/byte_cursor.h"
 #include "core/design_path.h"
+#include "core/text.h"
 
 namespace fennick {
 namespace {
@@ -70,15 +71,11 @@ void EncodeAxis(int32_t d, uint8_t record[3], const AxisBits& bits) {
 // cut, as the records would overwrite it anyway.
 std::vector<uint8_t> Header(const Design& design) {
   const std::string label = DesignPath(design.name).GetStem();
-  auto format = [&](char* text, size_t size) {
-    return std::snprintf(text, size,
-                         "LA:%-16s\rST:%7zu\rCO:%3zu\r+X:%5d\r-X:%5lld\r+Y:%5d\r-Y:%5lld\r"
-                         "AX:+    0\rAY:+    0\rMX:+    0\rMY:+    0\rPD:******\r%c",
-                         label.c_str(), design.stitches.Size(), design.threads.size(), design.maxX,
-                         std::llabs(design.minX), design.maxY, std::llabs(design.minY), 26);
-  };
-  std::string text(static_cast<size_t>(format(nullptr, 0)) + 1, '\0');
-  format(text.data(), text.size());
+  std::string text = FormatText("LA:%-16s\rST:%7zu\rCO:%3zu\r+X:%5d\r-X:%5lld\r+Y:%5d\r-Y:%5lld\r"
+                                "AX:+    0\rAY:+    0\rMX:+    0\rMY:+    0\rPD:******\r%c",
+                                label.c_str(), design.stitches.Size(), design.threads.size(), design.maxX,
+                                std::llabs(design.minX), design.maxY, std::llabs(design.minY), 26);
+  text.push_back('\0');  // the terminator lands in the header too
   std::vector<uint8_t> header(kHeaderSize, ' ');
   std::copy_n(text.begin(), std::min(text.size(), kHeaderSize), header.begin());
   header[kForcedSpace] = ' ';

@@ -4,11 +4,11 @@
 
 namespace fennick {
 
-StitchNode* CutLongMove(StitchList& stitches, StitchNode* node, int32_t limit) {
+StitchNode* CutLongMove(StitchList& stitches, StitchNode* node, int32_t limit, uint32_t restFlags) {
   const int32_t dx = std::clamp(node->dx, -limit, limit);
   const int32_t dy = std::clamp(node->dy, -limit, limit);
   if (dx == node->dx && dy == node->dy) return nullptr;
-  StitchNode* rest = stitches.InsertAfter(node, Wrap32(int64_t{node->dx} - dx), Wrap32(int64_t{node->dy} - dy), 0);
+  StitchNode* rest = stitches.InsertAfter(node, Wrap32(int64_t{node->dx} - dx), Wrap32(int64_t{node->dy} - dy), restFlags);
   node->dx = dx;
   node->dy = dy;
   node->flags |= STITCH_JUMP;

@@ -1,5 +1,5 @@
-// How writers whose moves take one byte an axis (EXP, JEF, SEW, HUS, VIP) keep
-// every move within reach.
+// How writers keep every move within what their records hold: one byte an
+// axis for EXP, JEF, SEW, HUS and VIP, 500 units for PES.
 #pragma once
 
 #include <cstdint>
@@ -12,9 +12,9 @@ namespace fennick {
 inline constexpr int32_t kByteMoveLimit = 127;
 
 // Cuts the node's move to `limit` units an axis: the node becomes a jump and a
-// plain node with the rest follows it. Returns that node, or nullptr when the
-// move was within reach.
-StitchNode* CutLongMove(StitchList& stitches, StitchNode* node, int32_t limit);
+// node with the rest and `restFlags` follows it. Returns that node, or nullptr
+// when the move was within reach.
+StitchNode* CutLongMove(StitchList& stitches, StitchNode* node, int32_t limit, uint32_t restFlags = 0);
 
 // A stop that moves gets a pure stop of its own before it (and, with
 // `anchorStop`, a zero stitch after that) and keeps its move as a plain node

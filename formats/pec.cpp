@@ -52,11 +52,6 @@ void EncodeAxis(std::vector<uint8_t>& out, int32_t value, bool isLong, uint8_t m
 
 bool NeedsLong(int32_t value) { return value >= 64 || value < -64; }
 
-uint32_t ReadU24(ByteReader& reader) {
-  const uint32_t low = reader.U16LE();
-  return low | static_cast<uint32_t>(reader.U8()) << 16;
-}
-
 void AppendBlockThreads(Design& design, ByteReader& reader, int colorCount) {
   for (int i = 0; i < colorCount; ++i) {
     const uint8_t index = reader.U8();
@@ -209,7 +204,7 @@ PecBlockInfo ReadPecBlock(Design& design, std::span<const uint8_t> bytes, size_t
   AppendBlockThreads(design, reader, info.colorCount);
 
   reader.Seek(blockOffset + kStitchLengthOffset);
-  info.stitchLength = ReadU24(reader);
+  info.stitchLength = reader.U24LE();
   if (!reader.Ok() || bytes.size() < blockOffset + info.stitchLength) return info;
 
   int64_t x = sumX, y = sumY;

@@ -74,11 +74,6 @@ int LeadingNumber(std::string_view text) {
 
 std::string Text(std::span<const uint8_t> bytes) { return {bytes.begin(), bytes.end()}; }
 
-uint32_t ReadU24(ByteReader& reader) {
-  const uint32_t low = reader.U16LE();
-  return low | static_cast<uint32_t>(reader.U8()) << 16;
-}
-
 std::string ReadString(ByteReader& reader) { return Text(reader.Bytes(reader.U8())); }
 
 // The header strings are walked with a one-byte cursor: every step wraps
@@ -241,7 +236,7 @@ bool ReadPesFile(Design& design, std::span<const uint8_t> bytes) {
   size_t offset = kPecFileBlock;
   if (isPes) {
     reader.Seek(kPecOffsetField);
-    offset = ReadU24(reader);
+    offset = reader.U24LE();
   }
   reader.Seek(kBlockCountField);
   const int blockCount = version >= 25 ? reader.U8() : 1;

@@ -10,6 +10,7 @@
 #include "core/design_path.h"
 #include "core/format_table.h"
 #include "core/text.h"
+#include "formats/long_moves.h"
 #include "formats/pec.h"
 #include "formats/pes.h"
 #include "formats/pes_labels.h"
@@ -91,13 +92,7 @@ void CentreThroughFirstNode(Design& design) {
 // and the rest is cut again if need be.
 void CutLongMoves(Design& design) {
   for (StitchNode* node = design.stitches.Head(); node != nullptr; node = node->Next()) {
-    if (std::abs(node->dx) <= kLongestMove && std::abs(node->dy) <= kLongestMove) continue;
-    const int32_t cx = std::clamp(node->dx, -kLongestMove, kLongestMove);
-    const int32_t cy = std::clamp(node->dy, -kLongestMove, kLongestMove);
-    design.stitches.InsertAfter(node, Wrap32(int64_t{node->dx} - cx), Wrap32(int64_t{node->dy} - cy), STITCH_JUMP);
-    node->dx = cx;
-    node->dy = cy;
-    node->flags |= STITCH_JUMP;
+    CutLongMove(design.stitches, node, kLongestMove, STITCH_JUMP);
   }
 }
 
@@ -134,11 +129,6 @@ void PrepareRealColorStops(Design& design) {
 }
 
 void PutFloat(ByteWriter& writer, float value) { writer.U32LE(std::bit_cast<uint32_t>(value)); }
-
-void PatchU16(std::vector<uint8_t>& out, size_t offset, uint16_t value) {
-  out.at(offset) = static_cast<uint8_t>(value);
-  out.at(offset + 1) = static_cast<uint8_t>(value >> 8);
-}
 
 // CEmbOne and the start of CSewSeg. Returns the offset of `segs`.
 size_t WriteObjectBlock(ByteWriter& writer, const Design& design, int32_t x0, int32_t y0, bool withBox) {
@@ -286,7 +276,7 @@ uint16_t WriteSegments(std::vector<uint8_t>& out, const Design& design, bool cha
   int32_t x = 0, y = 0;
   auto startSegment = [&](bool jump, size_t thread) {
     if (segments > 0) {
-      PatchU16(out, countOffset, points);
+      ByteWriter(out).PatchU16LE(countOffset, points);
       writer.U16LE(kSegmentSeparator);
     }
     ++segments;
@@ -331,7 +321,7 @@ uint16_t WriteSegments(std::vector<uint8_t>& out, const Design& design, bool cha
     y = Wrap32(int64_t{y} + node->dy);
     addPoint();
   }
-  PatchU16(out, countOffset, points);
+  ByteWriter(out).PatchU16LE(countOffset, points);
   return segments;
 }
 
@@ -402,7 +392,7 @@ int WritePlain(Design& design, std::vector<uint8_t>& out) {
   const size_t segsOffset = WriteObjectBlock(writer, design, x0, y0, true);
   const std::vector<uint16_t> colors(indices.begin(), indices.end());
   std::vector<uint16_t> starts;
-  PatchU16(out, segsOffset, WriteSegments(out, design, false, colors, starts));
+  ByteWriter(out).PatchU16LE(segsOffset, WriteSegments(out, design, false, colors, starts));
   WriteColorTable(writer, starts, colors, false);
   if (hoop.code == 4) writer.U32LE(0);
   writer.PatchU32LE(8, static_cast<uint32_t>(out.size()));
@@ -463,7 +453,7 @@ int WriteRealColors(Design& design, std::vector<uint8_t>& out) {
   const size_t segsOffset = WriteObjectBlock(writer, design, x0, y0, false);
   const std::vector<uint16_t> colors(headerIndices.begin(), headerIndices.end());
   std::vector<uint16_t> starts;
-  PatchU16(out, segsOffset, WriteSegments(out, design, true, colors, starts));
+  ByteWriter(out).PatchU16LE(segsOffset, WriteSegments(out, design, true, colors, starts));
   WriteColorTable(writer, starts, colors, true);
   writer.PatchU32LE(8, static_cast<uint32_t>(out.size()));
 

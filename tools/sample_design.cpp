@@ -15,7 +15,7 @@ constexpr int32_t kRunStitch = 25;    // running stitch length
 ThreadColor Thread(const char* name, uint8_t r, uint8_t g, uint8_t b) {
   ThreadColor thread;
   thread.colorName = name;
-  thread.rgb = uint32_t{r} | uint32_t{g} << 8 | uint32_t{b} << 16;
+  thread.rgb = ColorRef(r, g, b);
   return thread;
 }
 

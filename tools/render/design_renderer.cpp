@@ -12,23 +12,25 @@ constexpr uint32_t kOuterRing = 16;
 
 constexpr uint32_t kWhite = 0xFFFFFF;
 
-// Positions wrap at 32 bits, as the design's own passes sum them.
-int32_t WrappingAdd(int32_t a, int32_t b) {
-  return static_cast<int32_t>(static_cast<uint32_t>(a) + static_cast<uint32_t>(b));
+bool Outside(int32_t value, int32_t size) { return value < 0 || value >= size; }
+
+// Every render starts alike: cleared, fitted to the design's bounds (given in
+// millimetres), the pen in the corner.
+void PrepareCanvas(StitchBitmap& canvas, const Design& design, bool thick) {
+  canvas.thick = thick;
+  canvas.Clear(canvas.background);
+  canvas.SetWorld(static_cast<float>(design.minX * 0.1), static_cast<float>(design.maxY * 0.1),
+                  static_cast<float>(design.maxX * 0.1), static_cast<float>(design.minY * 0.1));
+  canvas.dashIndex = 1;
+  canvas.MoveTo(0, 0);
 }
-int32_t WrappingNegate(int32_t a) { return static_cast<int32_t>(0u - static_cast<uint32_t>(a)); }
 
 }  // namespace
 
 void DesignRenderer::Render(int color) {
   if (design == nullptr) return;
   StitchBitmap& canvas = bitmap;
-  canvas.thick = thick;
-  canvas.Clear(canvas.background);
-  canvas.SetWorld(static_cast<float>(design->minX * 0.1), static_cast<float>(design->maxY * 0.1),
-                  static_cast<float>(design->maxX * 0.1), static_cast<float>(design->minY * 0.1));
-  canvas.dashIndex = 1;
-  canvas.MoveTo(0, 0);
+  PrepareCanvas(canvas, *design, thick);
 
   const std::vector<ThreadColor>& threads = design->threads;
   if (!threads.empty()) canvas.SetColor(threads[0].rgb);
@@ -38,21 +40,20 @@ void DesignRenderer::Render(int color) {
   size_t block = 0;
   const bool allBlocks = color == -1;
 
-  auto outside = [](int32_t value, int32_t size) { return value < 0 || value >= size; };
   int32_t x = 0, y = 0;
   for (StitchNode& node : design->stitches) {
-    x = WrappingAdd(x, node.dx);
-    y = WrappingAdd(y, node.dy);
+    x = Wrap32(int64_t{x} + node.dx);
+    y = Wrap32(int64_t{y} + node.dy);
     if (node.IsColorStop() && block + 1 < threads.size()) {
       ++block;
       canvas.SetColor(threads[block].rgb);
     }
-    const PixelPoint point = canvas.WorldToPixel(x, flipY ? WrappingNegate(y) : y);
+    const PixelPoint point = canvas.WorldToPixel(x, flipY ? Wrap32(-int64_t{y}) : y);
 
     // A cheap test, not a clipper: lines that pass through are clipped per
     // pixel. Deliberately kept: the pen's y is tested where the new y belongs.
-    const bool penYOutside = outside(canvas.penY, canvas.height);
-    if (outside(canvas.penX, canvas.width) && penYOutside && outside(point.x, canvas.width) && penYOutside) {
+    const bool penYOutside = Outside(canvas.penY, canvas.height);
+    if (Outside(canvas.penX, canvas.width) && penYOutside && Outside(point.x, canvas.width) && penYOutside) {
       canvas.MoveTo(point.x, point.y);
       node.flags &= ~STITCH_DRAWN;
       continue;
@@ -113,30 +114,24 @@ void RenderBlocksApart(Design& design, std::span<StitchBitmap> canvases, size_t 
   if (colors == 0 || canvases.size() % colors != 0) return;
   for (size_t i = 0; i < canvases.size(); ++i) {
     StitchBitmap& canvas = canvases[i];
-    canvas.thick = false;
-    canvas.Clear(canvas.background);
-    canvas.SetWorld(static_cast<float>(design.minX * 0.1), static_cast<float>(design.maxY * 0.1),
-                    static_cast<float>(design.maxX * 0.1), static_cast<float>(design.minY * 0.1));
-    canvas.dashIndex = 1;
-    canvas.MoveTo(0, 0);
+    PrepareCanvas(canvas, design, false);
     if (i % colors < threads.size()) canvas.SetColor(threads[i % colors].rgb);
   }
-  auto outside = [](int32_t value, int32_t size) { return value < 0 || value >= size; };
   size_t block = 0;
   int32_t x = 0, y = 0;
   for (StitchNode& node : design.stitches) {
-    x = WrappingAdd(x, node.dx);
-    y = WrappingAdd(y, node.dy);
+    x = Wrap32(int64_t{x} + node.dx);
+    y = Wrap32(int64_t{y} + node.dy);
     if (node.IsColorStop() && block + 1 < threads.size()) ++block;
     node.flags &= ~STITCH_DRAWN;
     if (block >= colors) continue;
     for (size_t set = block; set < canvases.size(); set += colors) {
       StitchBitmap& canvas = canvases[set];
-      const PixelPoint point = canvas.WorldToPixel(x, flipY ? WrappingNegate(y) : y);
+      const PixelPoint point = canvas.WorldToPixel(x, flipY ? Wrap32(-int64_t{y}) : y);
       // Render's cheap clip test. Only the sewing colour's pen can be off the
       // bitmap: the others still wait in the corner, or are done.
-      if (outside(point.x, canvas.width) && outside(canvas.penX, canvas.width) &&
-          outside(canvas.penY, canvas.height)) {
+      if (Outside(point.x, canvas.width) && Outside(canvas.penX, canvas.width) &&
+          Outside(canvas.penY, canvas.height)) {
         canvas.MoveTo(point.x, point.y);
         node.flags &= ~STITCH_DRAWN;
       } else if (node.IsJump()) {
