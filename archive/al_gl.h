@@ -25,7 +25,6 @@ class ALGlCompressor : public ALCompressor {
   // The level the last stream was made at.
   int CompressionLevel() const { return level_; }
   int GetOption() const override { return level_; }
-  bool FailUncompressible() const { return failUncompressible_; }
 
  private:
   int level_;

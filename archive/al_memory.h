@@ -25,7 +25,6 @@ class ALMemoryBase : public ALStorage {
   // Releases an owned block; a user buffer is left alone.
   int Delete() override;
 
-  bool IsUserBuffer() const { return userOwned_; }
   // The block's size in memory, which may exceed the storage's size.
   size_t GetBlockSize() const { return blockSize_; }
 

@@ -46,11 +46,7 @@ class JobInterface : public UserInterface {
     if (currentJob == nullptr) return outside_.ShowMessage(text, caption, buttons);
     currentJob->messages.push_back(caption.empty() ? text : caption + ": " + text);
     // The safe answer, as the headless interface gives it.
-    switch (buttons) {
-      case MessageButtons::kOk: return MessageAnswer::kOk;
-      case MessageButtons::kYesNo: return MessageAnswer::kNo;
-      default: return MessageAnswer::kCancel;
-    }
+    return SafeAnswer(buttons);
   }
   void SetWaitCursor(bool) override {}
 

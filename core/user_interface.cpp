@@ -19,13 +19,7 @@ class HeadlessInterface : public UserInterface {
         std::fprintf(stderr, "%s: %s\n", caption.c_str(), text.c_str());
       }
     }
-    switch (buttons) {
-      case MessageButtons::kOk: return MessageAnswer::kOk;
-      case MessageButtons::kYesNo: return MessageAnswer::kNo;
-      case MessageButtons::kOkCancel:
-      case MessageButtons::kYesNoCancel: return MessageAnswer::kCancel;
-    }
-    return MessageAnswer::kCancel;
+    return SafeAnswer(buttons);
   }
   void SetWaitCursor(bool) override {}
 
@@ -37,6 +31,16 @@ HeadlessInterface headless;
 std::atomic<UserInterface*> injected{nullptr};
 
 }  // namespace
+
+MessageAnswer SafeAnswer(MessageButtons buttons) {
+  switch (buttons) {
+    case MessageButtons::kOk: return MessageAnswer::kOk;
+    case MessageButtons::kYesNo: return MessageAnswer::kNo;
+    case MessageButtons::kOkCancel:
+    case MessageButtons::kYesNoCancel: return MessageAnswer::kCancel;
+  }
+  return MessageAnswer::kCancel;
+}
 
 UserInterface& CurrentUserInterface() {
   UserInterface* ui = injected.load();

@@ -21,6 +21,9 @@ class UserInterface {
   virtual void SetWaitCursor(bool on) = 0;
 };
 
+// The answer a message box gives when nobody can click: OK, Cancel or No.
+MessageAnswer SafeAnswer(MessageButtons buttons);
+
 // The interface in force: the injected one, else the headless default.
 UserInterface& CurrentUserInterface();
 // Injects `ui` (not owned; it must outlive its use); nullptr restores the default.

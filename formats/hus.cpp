@@ -39,7 +39,6 @@ int HusNearestColor(uint8_t r, uint8_t g, uint8_t b) {
 bool ReadHusFile(Design& design, std::span<const uint8_t> bytes) {
   HusVipHeader header;
   if (!ReadHusVipHeader(design, bytes, header)) return false;
-  const std::string name = design.name;
   ByteReader reader(bytes, kHusVipFixedHeader);
   if (!reader.Has(2 * static_cast<size_t>(header.colorCount))) return false;
   design.threads.reserve(header.colorCount);
@@ -49,7 +48,7 @@ bool ReadHusFile(Design& design, std::span<const uint8_t> bytes) {
     design.threads.push_back(DefaultPaletteColor(index));
     design.threads.back().chartIndex = index;
   }
-  return ReadHusVipStitches(design, bytes, header, name);
+  return ReadHusVipStitches(design, bytes, header);
 }
 
 int WriteHusFile(Design& design, std::vector<uint8_t>& out) {

@@ -113,10 +113,9 @@ bool ReadHusVipHeader(Design& design, std::span<const uint8_t> bytes, HusVipHead
   return reader.Ok();
 }
 
-bool ReadHusVipStitches(Design& design, std::span<const uint8_t> bytes, const HusVipHeader& header,
-                        const std::string& name) {
+bool ReadHusVipStitches(Design& design, std::span<const uint8_t> bytes, const HusVipHeader& header) {
   auto fail = [&](const std::string& cause) {
-    ReportToUser(name + cause);
+    ReportToUser(design.name + cause);
     design.Clear();
     return false;
   };

@@ -36,9 +36,8 @@ bool ReadHusVipHeader(Design& design, std::span<const uint8_t> bytes, HusVipHead
 
 // Unpacks the streams and appends their nodes to the design (which holds its
 // threads), then ends as these readers do: MergeJumps(false),
-// ReclassifyJumps, Centre. On failure the user gets a line naming `name`,
-// the design is cleared and the result is false.
-bool ReadHusVipStitches(Design& design, std::span<const uint8_t> bytes, const HusVipHeader& header,
-                        const std::string& name);
+// ReclassifyJumps, Centre. On failure the user gets a line naming the
+// design, the design is cleared and the result is false.
+bool ReadHusVipStitches(Design& design, std::span<const uint8_t> bytes, const HusVipHeader& header);
 
 }  // namespace fennick

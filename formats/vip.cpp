@@ -50,7 +50,6 @@ void UnscrambleVipColors(std::span<uint8_t> bytes) {
 bool ReadVipFile(Design& design, std::span<const uint8_t> bytes) {
   HusVipHeader header;
   if (!ReadHusVipHeader(design, bytes, header)) return false;
-  const std::string name = design.name;
   const size_t threads = header.colorCount;
   ByteReader reader(bytes, kColorTableOffset);
   if (!reader.Has(8 * threads)) return false;
@@ -66,7 +65,7 @@ bool ReadVipFile(Design& design, std::span<const uint8_t> bytes) {
     thread.colorName = NearestChartName(thread.rgb, thread.chartIndex);
     design.threads.push_back(std::move(thread));
   }
-  return ReadHusVipStitches(design, bytes, header, name);
+  return ReadHusVipStitches(design, bytes, header);
 }
 
 int WriteVipFile(Design& design, std::vector<uint8_t>& out) {
