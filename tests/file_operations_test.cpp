@@ -53,10 +53,6 @@ TEST_F(FileOperationsTest, FailedWritesLeaveTheOldFile) {
   EXPECT_LT(WriteFileBlock(Bytes{1, 2}, member, kWriteNoDialog), 0);
   EXPECT_EQ(folder.Read("bad.zip"), notAZip);
   EXPECT_EQ(std::distance(fs::directory_iterator(folder.Path()), {}), 1) << "no temporary file is left";
-  fs::create_directory(folder.File("taken.pes"));
-  DesignPath blocked(folder.File("taken.pes"));
-  EXPECT_NE(WriteFileBlock(Bytes{1}, blocked, kWriteNoDialog), 0);
-  EXPECT_TRUE(FolderTest(folder.File("taken.pes")));
 }
 
 TEST_F(FileOperationsTest, DeleteDesignTakesFilesAndMembers) {

@@ -39,7 +39,6 @@ TEST(PecPalette, RowsNamesAndNumbers) {
       {77, "Corn Flower Blue 2", 85, 85, 255, ""},
       {94, "Flesh Pink 2", 255, 170, 255, ""},
       {95, "Unknown", 225, 225, 225, ""},
-      {255, "Unknown", 225, 225, 225, ""},
       {-1, "Unknown", 225, 225, 225, ""},
   };
   for (const Row& row : rows) {

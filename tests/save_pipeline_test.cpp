@@ -62,7 +62,6 @@ TEST(FitDesignToHoop, TurnsShrinksOrRefuses) {
   };
   const Case cases[] = {
       {"301 x 100 mm, 300 x 200 hoop: turning is worse", 3010, 1000, Hoop(300, 200, 1, 0, 0, 10), 1, 0, 0, 0},
-      {"the same without rotate", 3010, 1000, Hoop(300, 200, 0, 0, 0, 10), 1, 0, 0, 0},
       {"the same shrunk by 1 percent at most", 3010, 1000, Hoop(300, 200, 1, 0, 1, 10), 0, 0, 3000, 1000},
       {"turning helps but is not enough", 4000, 2500, Hoop(300, 350, 1, 0, 0, 10), 1, 0, 0, 0},
       {"turned, then shrunk by 12.5 percent", 4000, 2500, Hoop(300, 350, 1, 0, 15, 10), 0, 1, 2188, 3500},
@@ -243,24 +242,6 @@ TEST_F(SaveDesignTest, SplitsIntoNumberedPiecesAsTheSettingsSay) {
   design.name = folder.File("one.pes");
   EXPECT_EQ(Save(design, 0, &settings, 1), (std::vector<std::string>{"one.pes"}));
   EXPECT_TRUE(recorder.messages.empty());
-}
-
-TEST_F(SaveDesignTest, JefStitchLimitGivesASecondPieceAt64001Nodes) {
-  const ConversionSettings& jef = BuiltInConversion(kFormatJef);
-  ConversionSettings settings = BuiltInConversion(kFormatDst);
-  settings.splitStitches = jef.splitStitches;
-  settings.stitchLimit = jef.stitchLimit;
-  settings.splitColors = jef.splitColors;
-  settings.colorLimit = jef.colorLimit;
-  for (const int count : {64000, 64001}) {
-    Design design;
-    design.name = folder.File("big.dst");
-    design.threads.resize(1);
-    // A leading jump, so that centring adds no node.
-    design.stitches.PushBack(0, 0, STITCH_JUMP);
-    for (int i = 1; i < count; ++i) design.stitches.PushBack(i % 2 == 0 ? 1 : -1, 0, 0);
-    Save(std::move(design), 1, &settings, count == 64000 ? 1 : 2);
-  }
 }
 
 TEST_F(SaveDesignTest, ExtensionDecidesTheFileWritten) {

@@ -194,11 +194,6 @@ TEST(ThreadCharts, NearestChartThreadWalk) {
   // Equal rows that are not exact: the first stays.
   const std::vector<ThreadColor> twins = {Colour(0x646464), Colour(0x646464)};
   EXPECT_EQ(&NearestChartThread(Hex(0x000000), twins, distance), &twins[0]);
-  // An exact colour that later rows share: Isacord 1501 Red before 1306.
-  const ThreadChart isacord = ChartByName("Isacord");
-  const ThreadColor& red = NearestChartThread(Hex(0xFF0000), isacord, distance);
-  EXPECT_EQ(red.colorName, "Isacord 1501 Red");
-  EXPECT_EQ(distance, 0);
   distance = 7;
   EXPECT_EQ(NearestChartThread(0, ThreadChart{}, distance).colorName, "");
   EXPECT_EQ(distance, 7);
