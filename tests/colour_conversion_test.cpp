@@ -40,6 +40,7 @@ TEST(ConvertThreadsForFormat, EachFormatMapsToItsOwnColours) {
   };
   const std::vector<Case> cases = {
       // Nothing to map: colours, names and indices stay.
+      {"dst", Thread(Rgb(1, 2, 3), "Mine", 7), Rgb(1, 2, 3), "Mine", 7},
       {"EXP", Thread(Rgb(1, 2, 3), "Mine", 7), Rgb(1, 2, 3), "Mine", 7},
       {"", Thread(Rgb(1, 2, 3), "Mine", 7), Rgb(1, 2, 3), "Mine", 7},
       {"pec", Thread(Rgb(1, 2, 3), "Mine", 7), Rgb(1, 2, 3), "Mine", 7},
