@@ -220,9 +220,9 @@ int ConvertBatch(const std::vector<std::string>& inputs, const std::string& exte
   const FormatCode format = FormatFromExtension(extension);
   // The file the pipeline writes: the card formats go out as PES, SHV as VIP,
   // and the notes under ".Txt".
-  std::string written = format == kFormatTxt ? "Txt" : extension;
-  if (format == kFormatPec || format == kFormatPhc || format == kFormatPhb || format == kFormatPhd) written = "pes";
-  if (format == kFormatShv) written = "vip";
+  const FormatCode saved = SavedFormat(format);
+  const std::string written =
+      format == kFormatTxt ? "Txt" : saved != format ? AsciiLower(FormatExtension(saved)) : extension;
   ReserveOutputNames(jobs, folder, extension, written);
 
   Report report(jobs);

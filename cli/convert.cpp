@@ -105,20 +105,12 @@ void Apply(const Overrides& overrides, ConversionSettings& settings) {
   if (overrides.pes5 != -1) settings.pes5 = overrides.pes5;
 }
 
-// The format the pipeline writes for a target extension: the card formats go
-// out as PES and SHV as VIP. kFormatUnknown when nothing can be written.
-FormatCode SavedFormat(FormatCode target) {
-  switch (target) {
-    case kFormatPec:
-    case kFormatPhc:
-    case kFormatPhb:
-    case kFormatPhd: target = kFormatPes; break;
-    case kFormatShv: target = kFormatVip; break;
-    case kFormatTxt: return kFormatTxt;
-    default: break;
-  }
-  const FormatEntry* format = FindFormat(target);
-  return format != nullptr && format->write != nullptr ? target : kFormatUnknown;
+// The format a target extension is saved in, or unknown when nothing writes it.
+FormatCode WrittenFormat(FormatCode target) {
+  if (target == kFormatTxt) return kFormatTxt;
+  const FormatCode saved = SavedFormat(target);
+  const FormatEntry* format = FindFormat(saved);
+  return format != nullptr && format->write != nullptr ? saved : kFormatUnknown;
 }
 
 }  // namespace
@@ -131,7 +123,7 @@ int RunConvert(const Arguments& arguments) {
   const bool isBatch = !batch.extension.empty();
   std::string extension = isBatch ? AsciiLower(batch.extension) : LowerExtension(names[1]);
   if (!extension.empty() && extension[0] == '.') extension.erase(0, 1);
-  const FormatCode format = SavedFormat(FormatFromExtension(extension));
+  const FormatCode format = WrittenFormat(FormatFromExtension(extension));
   if (format == kFormatUnknown) {
     ReportError(isBatch ? "--to" : names[1], "no writer for the extension \"." + extension + "\"");
     return 2;

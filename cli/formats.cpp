@@ -4,21 +4,17 @@
 #include "core/format_table.h"
 #include "core/preferences.h"
 #include "core/text.h"
+#include "tools/save_pipeline.h"
 
 namespace fennick::cli {
 namespace {
 
 // What convert writes for a target of this format.
 std::string WriteText(const FormatEntry& format) {
-  switch (format.code) {
-    case kFormatPec:
-    case kFormatPhc:
-    case kFormatPhb:
-    case kFormatPhd: return "as PES";
-    case kFormatShv: return "as VIP";
-    case kFormatTxt: return "notes";
-    default: return format.write != nullptr ? "yes" : "no";
-  }
+  if (format.code == kFormatTxt) return "notes";
+  const FormatCode saved = SavedFormat(format.code);
+  if (saved != format.code) return "as " + FormatExtension(saved);
+  return format.write != nullptr ? "yes" : "no";
 }
 
 std::string LimitText(int32_t splitWord, int32_t limit) {

@@ -66,20 +66,10 @@ int WriteMode(int flag) { return flag == 0 ? (kWriteFreeName | kWriteNoDialog) :
 // The format a name is saved in, with the name's extension changed where the
 // format is written under another one.
 int SaveFormat(DesignPath& path) {
-  const FormatCode code = FormatFromExtension(path.GetExtension());
-  switch (code) {
-    case kFormatPec:
-    case kFormatPhc:
-    case kFormatPhb:
-    case kFormatPhd:
-      path.ChangeExtension("PES");
-      return kFormatPes;
-    case kFormatShv:
-      path.ChangeExtension("VIP");
-      return kFormatVip;
-    default:
-      return code;
-  }
+  const FormatCode named = FormatFromExtension(path.GetExtension());
+  const FormatCode saved = SavedFormat(named);
+  if (saved != named) path.ChangeExtension(FormatExtension(saved));
+  return saved;
 }
 
 int SaveNotes(const Design& design, DesignPath path, std::vector<DesignPath>* outputList, int flag) {
@@ -99,6 +89,17 @@ int SaveNotes(const Design& design, DesignPath path, std::vector<DesignPath>* ou
 }
 
 }  // namespace
+
+FormatCode SavedFormat(FormatCode code) {
+  switch (code) {
+    case kFormatPec:
+    case kFormatPhc:
+    case kFormatPhb:
+    case kFormatPhd: return kFormatPes;
+    case kFormatShv: return kFormatVip;
+    default: return code;
+  }
+}
 
 int FitDesignToHoop(Design& design, const ConversionSettings& settings) {
   const int64_t hoopWidthUnits = int64_t{settings.hoopWidth} * 10;  // stitch units

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "core/design.h"
+#include "core/format_table.h"
 #include "core/design_path.h"
 #include "core/preferences.h"
 
@@ -21,6 +22,10 @@ int FitDesignToHoop(Design& design, const ConversionSettings& settings);
 // no limit) and returns it as a new design that starts with a jump from the
 // origin; `design` keeps the first part. An empty result means no split.
 Design SplitDesign(Design& design, int32_t stitchLimit, int32_t colorLimit);
+
+// The format a design named with this format's extension is saved in: PEC,
+// PHC, PHB and PHD as PES, SHV as VIP, every other as itself.
+FormatCode SavedFormat(FormatCode code);
 
 // Writes the design to the file its `name` names, in the format of that
 // extension: PEC, PHC, PHB and PHD are written as PES, SHV as VIP, and TXT
