@@ -32,6 +32,7 @@ size_t EncodePecStitch(std::vector<uint8_t>& out, const StitchNode& node, int ch
 // Offsets within a block.
 inline constexpr size_t kPecPiecePosition = 36;   // where a multi-block file keeps a piece's place
 inline constexpr size_t kPecThumbnailSize = 228;  // 48 by 38 pixels, 1 bit each, 6 bytes a row
+inline constexpr size_t kMaxPecColors = 256;      // the count byte holds the colour count less one
 
 // What ReadPecBlock found: the sizes the PES reader steps over, and whether
 // the block was closed.

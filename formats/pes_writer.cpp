@@ -10,6 +10,7 @@
 #include "core/design_path.h"
 #include "core/format_table.h"
 #include "core/text.h"
+#include "core/user_interface.h"
 #include "formats/long_moves.h"
 #include "formats/pec.h"
 #include "formats/pes.h"
@@ -615,6 +616,11 @@ int WritePesFile(Design& design, std::vector<uint8_t>& out, const PesWriteOption
   out.clear();
   if (design.stitches.Empty()) return -1;
   if (design.threads.empty()) return 0;
+  if (design.threads.size() > kMaxPecColors) {
+    // The count would wrap and a machine would sew the wrong colours.
+    ReportToUser(design.name + ": Could not create PES file: it has more than 256 colours.");
+    return -1;
+  }
   // options.ensureTrims deliberately has no effect on the bytes.
   const int result = options.pes5 ? WriteRealColors(design, out) : WritePlain(design, out);
   if (result == 0 && options.pes5 && options.trailingPad) ByteWriter(out).U16LE(0);

@@ -14,7 +14,13 @@ constexpr size_t kColorTableOffset = 46;
 constexpr size_t kGapAfterTables = 6;
 constexpr int32_t kLongestStitch = 120;
 
+// A constructor rather than a plain aggregate, so the generated flat rows
+// need no inner braces.
 struct KeyRow {
+  template <typename... Byte>
+  constexpr KeyRow(int at, Byte... row) : offset(at), bytes{static_cast<uint8_t>(row)...} {
+    static_assert(sizeof...(Byte) == 16);
+  }
   int offset;
   uint8_t bytes[16];
 };
@@ -23,6 +29,12 @@ constexpr KeyRow kKeyRows[] = {
 #include "formats/vip_colour_key.inc"
 };
 constexpr size_t kKeySize = std::size(kKeyRows) * 16;
+static_assert([] {
+  for (size_t row = 0; row < std::size(kKeyRows); ++row) {
+    if (kKeyRows[row].offset != static_cast<int>(row * 16)) return false;
+  }
+  return true;
+}(), "vip_colour_key.csv rows must run 16 bytes apart, in order");
 
 uint8_t Key(size_t position) { return position < kKeySize ? kKeyRows[position / 16].bytes[position % 16] : 0; }
 

@@ -40,7 +40,8 @@ run_one() {
       -artifact_prefix="$build/artifacts/$target-" >"$build/logs/$target.log" 2>&1; then
     echo "ok    $target: $(grep -o 'stat::number_of_executed_units: *[0-9]*' "$build/logs/$target.log" | grep -o '[0-9]*$') runs"
   else
-    echo "FAULT $target: see $build/logs/$target.log"
+    echo "FAULT $target: see $build/logs/$target.log and $build/artifacts"
+    grep -v '^#[0-9]' "$build/logs/$target.log" | tail -n 40 | sed "s/^/  $target| /"
     return 1
   fi
 }

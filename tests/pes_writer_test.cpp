@@ -300,6 +300,36 @@ TEST(PesWriter, NothingWithoutColoursAndFailureWithoutStitches) {
   EXPECT_EQ(WritePesFile(empty, out, {true, false, false}), -1);
 }
 
+Design ManyColours(uint32_t count) {
+  Design design;
+  std::vector<test::Node> nodes;
+  for (uint32_t i = 0; i < count; ++i) {
+    if (i > 0) nodes.emplace_back(0, 0, STITCH_COLORSTOP);
+    nodes.emplace_back(10, static_cast<int32_t>(i % 2) * 20, 0);
+    design = Thread(design, ColorRef(static_cast<uint8_t>(i), 0, 0));
+  }
+  test::SetNodes(design, nodes);
+  design.name = "many.pes";
+  return design;
+}
+
+// The PEC colour count is one byte holding the count less one.
+TEST(PesWriter, AsManyColoursAsTheCountByteHoldsAndNoMore) {
+  for (const bool pes5 : {false, true}) {
+    SCOPED_TRACE(pes5 ? "pes5" : "plain");
+    Design tooMany = ManyColours(257);
+    Bytes out;
+    EXPECT_EQ(WritePesFile(tooMany, out, {pes5, false, false}), -1);
+    EXPECT_TRUE(out.empty());
+
+    Design most = ManyColours(256);
+    const Bytes file = Write(most, pes5);
+    Design read;
+    ASSERT_TRUE(ReadPesFile(read, test::AsReaderInput(file)));
+    EXPECT_EQ(read.threads.size(), 256u);
+  }
+}
+
 TEST(PesHeaderThreadsWriter, BrandsAppliqueAndSharedRecords) {
   Design design;
   design.formatVersion = 1;
