@@ -458,6 +458,22 @@ ThreadColor DefaultPaletteColor(int index) {
   return thread;
 }
 
+int HusNearestColor(uint8_t r, uint8_t g, uint8_t b) {
+  constexpr int kLastIndex = 28;  // 22 is the palette's light gray
+  int best = 0;
+  int bestDistance = 765;
+  for (int index = 0; index <= kLastIndex; ++index) {
+    const uint32_t rgb = DefaultPaletteColor(index).rgb;
+    const int distance = std::abs(r - static_cast<int>(rgb & 0xFF)) + std::abs(g - static_cast<int>((rgb >> 8) & 0xFF)) +
+                         std::abs(b - static_cast<int>((rgb >> 16) & 0xFF));
+    if (distance < bestDistance) {
+      best = index;
+      bestDistance = distance;
+    }
+  }
+  return best;
+}
+
 int DefaultPaletteIndex(size_t threadCount) {
   return static_cast<int>(threadCount > 27 ? threadCount % 28 : threadCount);
 }

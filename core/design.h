@@ -144,6 +144,9 @@ class Design {
 // FormatDefaultPalette: the colours of readers whose format has none.
 // Unlisted indices give "Light Gray".
 ThreadColor DefaultPaletteColor(int index);
+// The default-palette index 0 to 28 nearest to (r, g, b) by the sum of
+// channel differences; ties go to the lower index.
+int HusNearestColor(uint8_t r, uint8_t g, uint8_t b);
 // The palette index of the next thread of a reader without colours: the
 // thread count, wrapping to 0 after 27.
 int DefaultPaletteIndex(size_t threadCount);

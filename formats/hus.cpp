@@ -1,7 +1,5 @@
 #include "formats/hus.h"
 
-#include <cstdlib>
-
 #include "core/byte_cursor.h"
 #include "core/user_interface.h"
 #include "formats/hus_vip_streams.h"
@@ -11,7 +9,6 @@ namespace fennick {
 namespace {
 
 constexpr uint32_t kSignature = 0x00C8AF5B;
-constexpr int kPaletteSize = 29;  // indices 0 to 28; 22 is the palette's light gray
 // Colours after this many read as palette entry 0.
 constexpr size_t kIndexedColors = 28;
 
@@ -20,21 +17,6 @@ int NearestIndex(uint32_t rgb) {
 }
 
 }  // namespace
-
-int HusNearestColor(uint8_t r, uint8_t g, uint8_t b) {
-  int best = 0;
-  int bestDistance = 765;
-  for (int index = 0; index < kPaletteSize; ++index) {
-    const uint32_t rgb = DefaultPaletteColor(index).rgb;
-    const int distance = std::abs(r - static_cast<int>(rgb & 0xFF)) + std::abs(g - static_cast<int>((rgb >> 8) & 0xFF)) +
-                         std::abs(b - static_cast<int>((rgb >> 16) & 0xFF));
-    if (distance < bestDistance) {
-      best = index;
-      bestDistance = distance;
-    }
-  }
-  return best;
-}
 
 bool ReadHusFile(Design& design, std::span<const uint8_t> bytes) {
   HusVipHeader header;

@@ -20,8 +20,4 @@ bool ReadHusFile(Design& design, std::span<const uint8_t> bytes);
 // has no threads or the packing failed.
 int WriteHusFile(Design& design, std::vector<uint8_t>& out);
 
-// The default-palette index 0 to 28 nearest to (r, g, b) by the sum of
-// channel differences; ties go to the lower index.
-int HusNearestColor(uint8_t r, uint8_t g, uint8_t b);
-
 }  // namespace fennick

@@ -15,11 +15,6 @@ constexpr size_t kThreadCountField = 24;
 constexpr size_t kThreadTable = 116;
 constexpr size_t kThreadEntrySize = 4;
 
-constexpr int8_t kEscape = -128;
-constexpr int8_t kColorChange = 1;
-constexpr int8_t kJump = 2;
-constexpr int8_t kEnd = 16;
-
 constexpr int32_t kLongestMove = 126;
 constexpr int32_t kSmallHoop = 550;  // the bounds a design may reach for hoop code 0
 constexpr int32_t kTypeCode = 13;    // written once per thread after the palette numbers
@@ -56,6 +51,36 @@ void WriteHeader(const Design& design, uint32_t threadCount, uint32_t words, Byt
 
 }  // namespace
 
+size_t ReadJefStitches(ByteReader& stream, size_t end, StitchList& stitches) {
+  size_t colorChanges = 0;
+  while (stream.Ok() && stream.Offset() < end) {
+    uint8_t a = stream.U8();
+    uint8_t b = stream.U8();
+    uint32_t flags = 0;
+    if (a == kJefEscape) {
+      if (b == kJefEnd) break;
+      if (b == kJefColorChange) {
+        flags = STITCH_COLORSTOP;
+        ++colorChanges;
+      } else if (b == kJefJump) {
+        flags = STITCH_JUMP;
+      }
+      // Any other code still takes its pair; the move follows in the next one,
+      // and an escape right behind a command is a move of -128.
+      a = 0;
+      b = 0;
+      if (stream.Offset() < end) {
+        a = stream.U8();
+        b = stream.U8();
+      } else {
+        stream.Skip(2);
+      }
+    }
+    stitches.PushBack(static_cast<int8_t>(a), static_cast<int8_t>(b), flags);
+  }
+  return colorChanges;
+}
+
 bool ReadJef(Design& design, std::span<const uint8_t> bytes) {
   if (bytes.empty()) return false;
   design.Clear();
@@ -76,33 +101,9 @@ bool ReadJef(Design& design, std::span<const uint8_t> bytes) {
   // starts or ends a pair; an offset past the end gives no stitches.
   const size_t streamOffset = ByteReader(bytes, kStreamOffsetField).U32LE();
   const size_t end = bytes.size() - std::min<size_t>(bytes.size(), 2);
-  size_t colorsSeen = 0;
   if (streamOffset < end) design.stitches.Reserve((end - streamOffset) / 2);
   ByteReader stream(bytes, std::min(streamOffset, bytes.size()));
-  while (stream.Ok() && stream.Offset() < end) {
-    int8_t a = stream.S8();
-    int8_t b = stream.S8();
-    uint32_t flags = 0;
-    if (a == kEscape) {
-      if (b == kEnd) break;
-      if (b == kColorChange) {
-        flags = STITCH_COLORSTOP;
-        ++colorsSeen;
-      } else if (b == kJump) {
-        flags = STITCH_JUMP;
-      }
-      // Only one command per move: an escape right behind it is a move of -128.
-      a = 0;
-      b = 0;
-      if (stream.Offset() < end) {
-        a = stream.S8();
-        b = stream.S8();
-      } else {
-        stream.Skip(2);
-      }
-    }
-    design.stitches.PushBack(a, b, flags);
-  }
+  const size_t colorsSeen = ReadJefStitches(stream, end, design.stitches);
 
   const size_t used = colorsSeen + 1;
   if (design.threads.size() > used) design.threads.resize(used);
@@ -137,27 +138,26 @@ int WriteJef(Design& design, std::vector<uint8_t>& out) {
   for (const ThreadColor& thread : design.threads) writer.S32LE(thread.chartIndex);
   for (uint32_t i = 0; i < threadCount; ++i) writer.U32LE(kTypeCode);
 
-  const uint8_t escape = 0x80;
-  writer.U8(escape);
-  writer.U8(kJump);
+  writer.U8(kJefEscape);
+  writer.U8(kJefJump);
   writer.Fill(0, 2);
   for (const StitchNode& node : design.stitches) {
     if (node.IsJump()) {
-      writer.U8(escape);
-      writer.U8(kJump);
+      writer.U8(kJefEscape);
+      writer.U8(kJefJump);
     }
     if (node.IsColorStop()) {
-      writer.U8(escape);
-      writer.U8(kColorChange);
+      writer.U8(kJefEscape);
+      writer.U8(kJefColorChange);
       writer.Fill(0, 2);
-      writer.U8(escape);
-      writer.U8(kJump);
+      writer.U8(kJefEscape);
+      writer.U8(kJefJump);
     }
     writer.U8(static_cast<uint8_t>(node.dx));
     writer.U8(static_cast<uint8_t>(node.dy));
   }
-  writer.U8(escape);
-  writer.U8(kEnd);
+  writer.U8(kJefEscape);
+  writer.U8(kJefEnd);
   // The sized area is zero to its end. More stops than threads overrun the
   // size; the stream then simply runs on and the word count stays as sized.
   if (out.size() < fileSize) out.resize(fileSize, 0);

@@ -91,9 +91,7 @@ void ReadColors(Design& design, std::span<const uint8_t> bytes, const HeaderLayo
   for (int i = 0; i < count && reader.Has(1); ++i) {
     ThreadColor thread;
     thread.chartIndex = reader.U8();
-    thread.colorName = PecColorName(thread.chartIndex);
-    uint8_t r = 0, g = 0, b = 0;
-    thread.rgb = PecColorRgb(thread.chartIndex, r, g, b);
+    PecPaletteColor(thread);
     design.threads.push_back(std::move(thread));
   }
 }

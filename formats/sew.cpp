@@ -4,6 +4,7 @@
 #include <array>
 
 #include "core/byte_cursor.h"
+#include "formats/jef.h"
 #include "formats/long_moves.h"
 #include "threads/palettes.h"
 #include "tools/render/design_renderer.h"
@@ -17,11 +18,6 @@ constexpr size_t kMaxThreads = 12;
 // Where the written design sits relative to its centre: 17.5 mm right, 10 mm down.
 constexpr int32_t kShiftX = 175;
 constexpr int32_t kShiftY = -100;
-
-constexpr int8_t kEscape = -128;
-constexpr int8_t kColorChangeCode = 1;
-constexpr int8_t kJumpCode = 2;
-constexpr int8_t kEndCode = 16;
 
 // A picture block: row length in bytes and height, then the rows, most
 // significant bit leftmost.
@@ -133,26 +129,7 @@ bool ReadSew(Design& design, std::span<const uint8_t> bytes) {
     const size_t end = size - 2;
     design.stitches.Reserve((end - kStreamOffset) / 2);
     reader.Seek(kStreamOffset);
-    while (reader.Offset() < end) {
-      int8_t a = reader.S8();
-      int8_t b = reader.S8();
-      uint32_t flags = 0;
-      if (a == kEscape) {
-        if (b == kEndCode) break;
-        if (b == kColorChangeCode) flags = STITCH_COLORSTOP;
-        if (b == kJumpCode) flags = STITCH_JUMP;
-        // Any other code still takes its pair; the move follows in the next one.
-        a = 0;
-        b = 0;
-        if (reader.Offset() < end) {
-          a = reader.S8();
-          b = reader.S8();
-        } else {
-          reader.Skip(2);
-        }
-      }
-      design.stitches.PushBack(a, b, flags);
-    }
+    ReadJefStitches(reader, end, design.stitches);
   }
   design.MergeJumps(false);
   design.StripLeadingMoves();
@@ -198,18 +175,18 @@ int WriteSew(Design& design, std::vector<uint8_t>& out) {
 
   for (const StitchNode& node : design.stitches) {
     if (node.IsJump()) {
-      writer.U8(static_cast<uint8_t>(kEscape));
-      writer.U8(kJumpCode);
+      writer.U8(kJefEscape);
+      writer.U8(kJefJump);
     }
     if (node.IsColorStop()) {
-      writer.U8(static_cast<uint8_t>(kEscape));
-      writer.U8(kColorChangeCode);
+      writer.U8(kJefEscape);
+      writer.U8(kJefColorChange);
     }
     writer.U8(static_cast<uint8_t>(node.dx));
     writer.U8(static_cast<uint8_t>(node.dy));
   }
-  writer.U8(static_cast<uint8_t>(kEscape));
-  writer.U8(kEndCode);
+  writer.U8(kJefEscape);
+  writer.U8(kJefEnd);
   if (out.size() < fileSize) writer.Fill(0, fileSize - out.size());
 
   // The pictures use the bounds of the centring above, as the move to the

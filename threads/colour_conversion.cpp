@@ -8,7 +8,6 @@
 #include "core/design_path.h"
 #include "core/embroidery_file.h"
 #include "core/text.h"
-#include "formats/hus.h"
 #include "threads/palettes.h"
 #include "tools/hue_sort.h"
 
@@ -132,10 +131,8 @@ ThreadColor DefaultPaletteEntry(int index) {
 
 ThreadColor PecColor(int index) {
   ThreadColor thread;
-  uint8_t r, g, b;
-  thread.rgb = PecColorRgb(index, r, g, b);
-  thread.colorName = PecColorName(index);
   thread.chartIndex = index;
+  PecPaletteColor(thread);
   return thread;
 }
 
@@ -152,13 +149,10 @@ void ConvertThread(ThreadColor& thread, ColorTable table) {
     case ColorTable::kPcs:
       thread = PcsColor(PcsNearestIndex(PcsColorTable(), c.r, c.g, c.b));
       break;
-    case ColorTable::kPec: {
+    case ColorTable::kPec:
       thread.chartIndex = PecNearestColor(c.r, c.g, c.b, false, false);
-      thread.colorName = PecColorName(thread.chartIndex);
-      uint8_t r, g, b;
-      thread.rgb = PecColorRgb(thread.chartIndex, r, g, b);
+      PecPaletteColor(thread);
       break;
-    }
     case ColorTable::kVip: {
       uint32_t nearest = thread.rgb;
       NearestChartName(thread.rgb, thread.chartIndex == 0 ? kVipDefaultChart : thread.chartIndex, &nearest);

@@ -121,6 +121,12 @@ uint32_t PecColorRgb(int index, uint8_t& r, uint8_t& g, uint8_t& b) {
 
 std::string_view PecColorName(int index) { return PecEntryAt(index).name; }
 
+void PecPaletteColor(ThreadColor& thread) {
+  const PecEntry& entry = PecEntryAt(thread.chartIndex);
+  thread.rgb = ColorRef(entry.r, entry.g, entry.b);
+  thread.colorName = entry.name;
+}
+
 std::string_view PecStandardNumber(int index) { return PecEntryAt(index).number; }
 
 int PecNearestColor(uint8_t r, uint8_t g, uint8_t b, bool allowApplique, bool allowExtended) {

@@ -16,6 +16,8 @@ namespace fennick {
 uint32_t PecColorRgb(int index, uint8_t& r, uint8_t& g, uint8_t& b);
 // "Unknown" outside the table.
 std::string_view PecColorName(int index);
+// Sets `rgb` and `colorName` from `chartIndex` as the two calls above do.
+void PecPaletteColor(ThreadColor& thread);
 // The standard thread number, such as "007"; empty for every index but 1 to 61.
 std::string_view PecStandardNumber(int index);
 // The nearest entry by the sum of channel differences. The standard entries
