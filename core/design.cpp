@@ -413,9 +413,8 @@ int64_t Design::DisplayedStitchCount() const {
 }
 
 void ThreadColor::AnalyseColor() {
-  const int32_t r = static_cast<int32_t>(rgb & 0xFF);
-  const int32_t g = static_cast<int32_t>((rgb >> 8) & 0xFF);
-  const int32_t b = static_cast<int32_t>((rgb >> 16) & 0xFF);
+  const Channels c = SplitColor(rgb);
+  const int32_t r = c.r, g = c.g, b = c.b;
   const int32_t sum = r + g + b;
   colorAnalysis[kRed] = r;
   colorAnalysis[kGreen] = g;
@@ -463,9 +462,7 @@ int HusNearestColor(uint8_t r, uint8_t g, uint8_t b) {
   int best = 0;
   int bestDistance = 765;
   for (int index = 0; index <= kLastIndex; ++index) {
-    const uint32_t rgb = DefaultPaletteColor(index).rgb;
-    const int distance = std::abs(r - static_cast<int>(rgb & 0xFF)) + std::abs(g - static_cast<int>((rgb >> 8) & 0xFF)) +
-                         std::abs(b - static_cast<int>((rgb >> 16) & 0xFF));
+    const int distance = ColorDistance({r, g, b}, SplitColor(DefaultPaletteColor(index).rgb));
     if (distance < bestDistance) {
       best = index;
       bestDistance = distance;

@@ -41,6 +41,21 @@ constexpr uint32_t ColorRef(uint8_t r, uint8_t g, uint8_t b) {
   return static_cast<uint32_t>(r) | static_cast<uint32_t>(g) << 8 | static_cast<uint32_t>(b) << 16;
 }
 
+struct Channels {
+  uint8_t r, g, b;
+};
+
+constexpr Channels SplitColor(uint32_t colorRef) {
+  return {static_cast<uint8_t>(colorRef), static_cast<uint8_t>(colorRef >> 8), static_cast<uint8_t>(colorRef >> 16)};
+}
+
+// The sum of the channel differences, 0 to 765: what every nearest-colour
+// search measures.
+constexpr int ColorDistance(Channels a, Channels b) {
+  const auto apart = [](int x, int y) { return x > y ? x - y : y - x; };
+  return apart(a.r, b.r) + apart(a.g, b.g) + apart(a.b, b.b);
+}
+
 struct ThreadColor {
   uint32_t rgb = 0;  // 0x00BBGGRR, red in the low byte
   std::string description;

@@ -13,7 +13,8 @@ constexpr uint32_t kSignature = 0x00C8AF5B;
 constexpr size_t kIndexedColors = 28;
 
 int NearestIndex(uint32_t rgb) {
-  return HusNearestColor(static_cast<uint8_t>(rgb), static_cast<uint8_t>(rgb >> 8), static_cast<uint8_t>(rgb >> 16));
+  const Channels c = SplitColor(rgb);
+  return HusNearestColor(c.r, c.g, c.b);
 }
 
 }  // namespace

@@ -26,7 +26,6 @@ constexpr int32_t kBoxOrigin = 1000;   // the object block's box stands around (
 constexpr uint16_t kSegmentSeparator = 0x8003;
 constexpr size_t kColorTableRoom = 1024;  // bytes the colour tables may take
 constexpr size_t kTrailerBlock = 128;
-constexpr size_t kObjectSegmentCount = 71;  // offset of `segs` in the object block
 
 // Hoop and version code. `turn` is the quarter turn the stitches take in the file.
 struct Hoop {
@@ -356,10 +355,8 @@ std::vector<uint8_t> PaletteIndices(const Design& design, bool allowExtended) {
   std::vector<uint8_t> indices;
   indices.reserve(design.threads.size());
   for (const ThreadColor& thread : design.threads) {
-    const uint32_t rgb = thread.rgb;
-    indices.push_back(static_cast<uint8_t>(PecNearestColor(static_cast<uint8_t>(rgb), static_cast<uint8_t>(rgb >> 8),
-                                                           static_cast<uint8_t>(rgb >> 16), design.formatVersion != 0,
-                                                           allowExtended)));
+    const Channels c = SplitColor(thread.rgb);
+    indices.push_back(static_cast<uint8_t>(PecNearestColor(c.r, c.g, c.b, design.formatVersion != 0, allowExtended)));
   }
   return indices;
 }
@@ -501,17 +498,9 @@ constexpr std::array<ChartBrand, 8> kChartBrands{{
     {0x1200, "Flesh Tone", "Flesh Tone(EMBROIDERY)", kPaletteKind},
 }};
 
-int ColorDistance(uint32_t a, uint32_t b) {
-  int distance = 0;
-  for (int shift = 0; shift < 24; shift += 8) {
-    distance += std::abs(static_cast<int>((a >> shift) & 0xFF) - static_cast<int>((b >> shift) & 0xFF));
-  }
-  return distance;
-}
-
 int NearestPaletteIndex(uint32_t rgb) {
-  return PecNearestColor(static_cast<uint8_t>(rgb), static_cast<uint8_t>(rgb >> 8), static_cast<uint8_t>(rgb >> 16),
-                         false, false);
+  const Channels c = SplitColor(rgb);
+  return PecNearestColor(c.r, c.g, c.b, false, false);
 }
 
 // Catalogue number and description of the nearest standard palette entry.
@@ -575,7 +564,8 @@ void MapHeaderThread(ThreadColor& thread, const Design& design) {
   if (thread.chartIndex == 0x100) return;
   int32_t distance = 0;
   const ThreadColor& sulky = NearestChartThread(wanted, ChartByName("Sulky"), distance);
-  if (ColorDistance(sulky.rgb, wanted) < ColorDistance(thread.rgb, wanted)) {
+  const Channels target = SplitColor(wanted);
+  if (ColorDistance(SplitColor(sulky.rgb), target) < ColorDistance(SplitColor(thread.rgb), target)) {
     thread.rgb = sulky.rgb;
     thread.catalogNumber = sulky.catalogNumber;
     thread.description = sulky.description;

@@ -1,7 +1,6 @@
 #include "threads/colour_conversion.h"
 
 #include <array>
-#include <cstdlib>
 #include <unordered_set>
 #include <vector>
 
@@ -84,14 +83,6 @@ ColorTable TableOf(const TableRow (&rows)[count], std::string_view extension) {
   return ColorTable::kNone;
 }
 
-struct Channels {
-  uint8_t r, g, b;
-};
-
-Channels Split(uint32_t rgb) {
-  return {static_cast<uint8_t>(rgb), static_cast<uint8_t>(rgb >> 8), static_cast<uint8_t>(rgb >> 16)};
-}
-
 int PecIndexByName(std::string_view name) {
   for (int index = 0; index < kPecPaletteSize; ++index) {
     if (PecColorName(index) == name) return index;
@@ -106,7 +97,7 @@ const std::array<uint8_t, 4 * kPcsColorCount>& PcsColorTable() {
     for (int index = 0; index < kPcsColorCount; ++index) {
       ThreadColor thread;
       PcsPaletteColor(thread, index);
-      const Channels c = Split(thread.rgb);
+      const Channels c = SplitColor(thread.rgb);
       bytes[4 * index] = c.r;
       bytes[4 * index + 1] = c.g;
       bytes[4 * index + 2] = c.b;
@@ -137,7 +128,7 @@ ThreadColor PecColor(int index) {
 }
 
 void ConvertThread(ThreadColor& thread, ColorTable table) {
-  const Channels c = Split(thread.rgb);
+  const Channels c = SplitColor(thread.rgb);
   switch (table) {
     case ColorTable::kDefaultPalette:
       thread = DefaultPaletteEntry(HusNearestColor(c.r, c.g, c.b));

@@ -1,7 +1,6 @@
 #include "threads/palettes.h"
 
 #include <array>
-#include <cstdlib>
 #include <iterator>
 
 #include "core/byte_cursor.h"
@@ -69,18 +68,6 @@ constexpr int kJefLastSearched = 78;  // 79 "Other Color" is never a match
 // Above any sum of three channel differences, so the first candidate always wins.
 constexpr int kFarthest = 765;
 
-struct Channels {
-  uint8_t r, g, b;
-};
-
-Channels Split(uint32_t rgb) {
-  return {static_cast<uint8_t>(rgb), static_cast<uint8_t>(rgb >> 8), static_cast<uint8_t>(rgb >> 16)};
-}
-
-int Distance(const Channels& c, int r, int g, int b) {
-  return std::abs(c.r - r) + std::abs(c.g - g) + std::abs(c.b - b);
-}
-
 // Keeps a candidate only when strictly nearer, so the order of trying decides ties.
 struct Nearest {
   Channels target;
@@ -88,7 +75,7 @@ struct Nearest {
   int distance = kFarthest;
 
   void Try(int candidate, uint8_t r, uint8_t g, uint8_t b) {
-    const int d = Distance(target, r, g, b);
+    const int d = ColorDistance(target, {r, g, b});
     if (d < distance) {
       distance = d;
       index = candidate;
@@ -150,7 +137,7 @@ void JefPaletteColor(ThreadColor& thread) {
 }
 
 void JefNearestColor(ThreadColor& thread) {
-  Nearest nearest{Split(thread.rgb), 1};
+  Nearest nearest{SplitColor(thread.rgb), 1};
   for (int index = 1; index <= kJefLastSearched; ++index) {
     const PaletteEntry& entry = kJefPalette[index - 1];
     nearest.Try(index, entry.r, entry.g, entry.b);
@@ -179,7 +166,7 @@ int PcsNearestIndex(std::span<const uint8_t> entries, uint8_t r, uint8_t g, uint
 
 void NamePcsColors(Design& design) {
   for (ThreadColor& thread : design.threads) {
-    const Channels c = Split(thread.rgb);
+    const Channels c = SplitColor(thread.rgb);
     thread.colorName = PecColorName(PecNearestColor(c.r, c.g, c.b, false, false));
     // Only an exact PCS colour renames; a near one keeps the palette name.
     for (const PaletteEntry& entry : kPcsPalette) {

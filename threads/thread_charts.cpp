@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstdlib>
 #include <initializer_list>
 #include <iterator>
 #include <vector>
@@ -306,9 +305,7 @@ int32_t RoundHalfAway(double value) { return static_cast<int32_t>(value >= 0.0 ?
 
 ConePoint PlaceInCone(uint32_t rgb, double radiusPerSaturation) {
   constexpr double kRadiansPerDegree = 0.017453292519943295;
-  const int32_t r = static_cast<int32_t>(rgb & 0xFF);
-  const int32_t g = static_cast<int32_t>((rgb >> 8) & 0xFF);
-  const int32_t b = static_cast<int32_t>((rgb >> 16) & 0xFF);
+  const auto [r, g, b] = SplitColor(rgb);
   const int32_t v = std::max({r, g, b});
   const int32_t delta = v - std::min({r, g, b});
   if (delta == 0) return {v, 0, 0};
@@ -348,15 +345,11 @@ ThreadChart ChartByName(std::string_view name) {
 ThreadChart ReferenceChart() { return ChartById(kSulkyRayonShort); }
 
 const ThreadColor* NearestChartRow(ThreadChart chart, uint32_t rgb) {
-  const int r = static_cast<int>(rgb & 0xFF);
-  const int g = static_cast<int>((rgb >> 8) & 0xFF);
-  const int b = static_cast<int>((rgb >> 16) & 0xFF);
+  const Channels wanted = SplitColor(rgb);
   const ThreadColor* best = nullptr;
   int bestDistance = 10000;  // above any sum of differences, so row 0 is always a candidate
   for (const ThreadColor& row : chart) {
-    const int distance = std::abs(r - static_cast<int>(row.rgb & 0xFF)) +
-                         std::abs(g - static_cast<int>((row.rgb >> 8) & 0xFF)) +
-                         std::abs(b - static_cast<int>((row.rgb >> 16) & 0xFF));
+    const int distance = ColorDistance(wanted, SplitColor(row.rgb));
     if (distance < bestDistance) {
       bestDistance = distance;
       best = &row;
