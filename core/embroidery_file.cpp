@@ -206,6 +206,31 @@ void DecodeEmbroideryFile(Design& design, std::span<const uint8_t> block) {
   }
 }
 
+std::vector<uint8_t> EncodeDesignList(std::vector<Design>& designs) {
+  std::vector<uint8_t> payload;
+  ByteWriter out(payload);
+  out.U32LE(static_cast<uint32_t>(designs.size()));
+  for (Design& design : designs) {
+    const std::vector<uint8_t> block = EncodeEmbroideryFile(design);
+    out.U32LE(static_cast<uint32_t>(block.size()));
+    out.Bytes(block);
+  }
+  return payload;
+}
+
+std::vector<Design> DecodeDesignList(std::span<const uint8_t> payload) {
+  std::vector<Design> designs;
+  ByteReader in(payload);
+  const uint32_t count = in.U32LE();
+  for (uint32_t i = 0; i < count && in.Has(4); ++i) {
+    const uint32_t size = in.U32LE();
+    if (!in.Has(size)) break;
+    DecodeEmbroideryFile(designs.emplace_back(), payload.subspan(in.Offset(), size));
+    in.Skip(size);
+  }
+  return designs;
+}
+
 GlobalHandle BuildEmbroideryFile(Design& design) {
   const std::vector<uint8_t> bytes = EncodeEmbroideryFile(design);
   return GlobalAllocCopy(bytes, kDesignBlockFlags);

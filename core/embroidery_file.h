@@ -21,6 +21,13 @@ std::vector<uint8_t> EncodeEmbroideryFile(Design& design);
 // the block's size and a short block ends the reading quietly.
 void DecodeEmbroideryFile(Design& design, std::span<const uint8_t> block);
 
+// The multi-design payload: a count of designs, then each design's block
+// behind its size, every integer 32-bit little-endian.
+std::vector<uint8_t> EncodeDesignList(std::vector<Design>& designs);
+// A design for every block the payload holds whole: a count or a size that
+// runs past the payload ends the list there, with the designs before kept.
+std::vector<Design> DecodeDesignList(std::span<const uint8_t> payload);
+
 // The same through the handle table: a new block the caller owns, or 0.
 GlobalHandle BuildEmbroideryFile(Design& design);
 // A null handle does nothing; an empty or unknown block only empties threads

@@ -54,6 +54,8 @@ int main(int argc, char** argv) {
 
     Design copy = design;
     Put(out, "embroidery_file", stem + ".blk", EncodeEmbroideryFile(copy));
+    std::vector<Design> list{design, Design()};
+    Put(out, "design_list", stem + ".list", EncodeDesignList(list));
 
     for (int code = kFormatPes; code <= kFormatVip; ++code) {
       Design written = design;

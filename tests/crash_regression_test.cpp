@@ -1,7 +1,7 @@
 // Every input that once broke a reader or parser, kept under data/crash with a
 // name saying what it broke; the extension picks the way in: a design format's
-// reader, .blk the block form, .gl the Gl expander, .zip the ZIP directory and
-// extraction, .reg the preference file.
+// reader, .blk the block form, .list the multi-design payload, .gl the Gl
+// expander, .zip the ZIP directory and extraction, .reg the preference file.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -46,6 +46,8 @@ void Replay(const fs::path& file, const test::ScratchFolder& scratch) {
     Design design;
     DecodeEmbroideryFile(design, bytes);
     ExpectUsable(design, name);
+  } else if (extension == "list") {
+    for (Design& design : DecodeDesignList(bytes)) ExpectUsable(design, name);
   } else if (extension == "gl") {
     std::vector<uint8_t> output;
     for (int level = kGlMinLevel; level <= kGlMaxLevel; ++level) {

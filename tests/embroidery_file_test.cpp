@@ -26,6 +26,10 @@ struct Bytes {
     v.insert(v.end(), bytes);
     return *this;
   }
+  Bytes& Raw(const std::vector<uint8_t>& bytes) {
+    v.insert(v.end(), bytes.begin(), bytes.end());
+    return *this;
+  }
   // The text, then zeros up to `width` (at least one zero).
   Bytes& Text(const std::string& text, size_t width = 0) {
     v.insert(v.end(), text.begin(), text.end());
@@ -289,6 +293,33 @@ TEST(EmbroideryFile, RandomAndDamagedBlocksReadOnlyWhatIsThere) {
     DecodeEmbroideryFile(parsed, block);
     EXPECT_LE(parsed.threads.size() * 46 + parsed.stitches.Size() * 5, block.size());
   }
+}
+
+TEST(DesignList, CountSizesAndBlocksAndCutsEndTheList) {
+  std::vector<Design> designs{SmallDesign(), Design(), SmallDesign()};
+  designs[0].formatVersion = designs[2].formatVersion = 1;  // copies leave it behind
+  designs[2].name = "leaf.jef";
+  const std::vector<uint8_t> payload = EncodeDesignList(designs);
+  const std::vector<uint8_t> block = SmallDesignBlock();
+  std::vector<uint8_t> leafBlock = block;
+  leafBlock[8] = 'l', leafBlock[9] = 'e', leafBlock[10] = 'a', leafBlock[11] = 'f';
+  const auto size = static_cast<uint32_t>(block.size());
+  EXPECT_EQ(payload, Bytes().U32(3).U32(size).Raw(block).U32(0).U32(size).Raw(leafBlock).v);
+
+  const std::vector<Design> read = DecodeDesignList(payload);
+  ASSERT_EQ(read.size(), 3u);
+  EXPECT_EQ(test::Nodes(read[0]), test::Nodes(SmallDesign()));
+  EXPECT_TRUE(read[1].stitches.Empty() && read[1].threads.empty());
+  EXPECT_EQ(read[2].threads.size(), 2u);
+
+  // Only whole blocks count; a count beyond them changes nothing.
+  for (size_t cut = 0; cut <= payload.size(); ++cut) {
+    const size_t whole = cut < 8 + size ? 0 : cut < 12 + size ? 1 : cut < 16 + 2 * size ? 2 : 3;
+    EXPECT_EQ(DecodeDesignList(std::span(payload).first(cut)).size(), whole) << cut;
+  }
+  std::vector<uint8_t> overcounted = payload;
+  overcounted[0] = 0xFF;
+  EXPECT_EQ(DecodeDesignList(overcounted).size(), 3u);
 }
 
 }  // namespace
