@@ -152,42 +152,43 @@ int WriteSew(Design& design, std::vector<uint8_t>& out) {
   for (ThreadColor& thread : design.threads) JefNearestColor(thread);
   ChainLongMoves(design, kByteMoveLimit, false);
 
-  // Nodes per colour: a stop is counted with the colour it starts, and the
-  // last colour is given one more.
+  // One pass writes the stream and counts the nodes per colour; the header
+  // that holds the counts is filled in after. A stop is counted with the
+  // colour it starts, and the last colour is given one more.
+  out.assign(kStreamOffset, 0);
+  out.reserve(kStreamOffset + 3 * design.stitches.Size() + 2);
+  ByteWriter writer(out);
   std::vector<size_t> counts(threadCount, 0);
   size_t color = 0, jumps = 0;
   for (const StitchNode& node : design.stitches) {
-    if (node.IsColorStop()) ++color;
-    if (node.IsJump()) ++jumps;
-    if (color >= counts.size()) counts.resize(color + 1, 0);
-    ++counts[color];
-  }
-  ++counts[color];
-
-  const size_t fileSize = 2 * (threadCount + design.stitches.Size() + jumps) + kStreamOffset;
-  out.reserve(fileSize);
-  ByteWriter writer(out);
-  writer.U16LE(static_cast<uint16_t>(threadCount));
-  for (const ThreadColor& thread : design.threads) writer.U16LE(static_cast<uint16_t>(thread.chartIndex));
-  writer.Fill(0, kCountsOffset - writer.Size());
-  for (size_t i = 0; i < threadCount && counts[i] != 0; ++i) writer.U16LE(static_cast<uint16_t>(counts[i]));
-  writer.Fill(0, kStreamOffset - writer.Size());
-
-  for (const StitchNode& node : design.stitches) {
     if (node.IsJump()) {
+      ++jumps;
       writer.U8(kJefEscape);
       writer.U8(kJefJump);
     }
     if (node.IsColorStop()) {
+      ++color;
       writer.U8(kJefEscape);
       writer.U8(kJefColorChange);
     }
     writer.U8(static_cast<uint8_t>(node.dx));
     writer.U8(static_cast<uint8_t>(node.dy));
+    if (color >= counts.size()) counts.resize(color + 1, 0);
+    ++counts[color];
   }
+  ++counts[color];
   writer.U8(kJefEscape);
   writer.U8(kJefEnd);
+  const size_t fileSize = 2 * (threadCount + design.stitches.Size() + jumps) + kStreamOffset;
   if (out.size() < fileSize) writer.Fill(0, fileSize - out.size());
+
+  writer.PatchU16LE(0, static_cast<uint16_t>(threadCount));
+  for (size_t i = 0; i < threadCount; ++i) {
+    writer.PatchU16LE(2 + 2 * i, static_cast<uint16_t>(design.threads[i].chartIndex));
+  }
+  for (size_t i = 0; i < threadCount && counts[i] != 0; ++i) {
+    writer.PatchU16LE(kCountsOffset + 2 * i, static_cast<uint16_t>(counts[i]));
+  }
 
   // The pictures use the bounds of the centring above, as the move to the
   // machine's start point is not part of them.

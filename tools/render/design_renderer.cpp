@@ -138,7 +138,8 @@ void RenderBlocksApart(Design& design, std::span<StitchBitmap> canvases, size_t 
         canvas.MoveTo(point.x, point.y);
       } else {
         node.flags |= STITCH_DRAWN;
-        canvas.LineFlat(point.x, point.y);
+        // A stitch within one pixel draws nothing: the walk plots from its first step on.
+        if (point.x != canvas.penX || point.y != canvas.penY) canvas.LineFlat(point.x, point.y);
       }
     }
   }
