@@ -477,16 +477,36 @@ const ConversionSettings& BuiltInConversion(int formatCode) {
   return kBuiltInRows[static_cast<size_t>(formatCode)];
 }
 
+namespace {
+
+// Several numbers of one key from a single read of the file: what GetInt
+// gives, value by value.
+class KeyNumbers {
+ public:
+  explicit KeyNumbers(const std::string& section) : values_(PreferenceStore().Values(section)) {}
+  int32_t Get(std::string_view name, int32_t defaultValue) const {
+    for (const PreferenceValue& value : values_) {
+      if (EqualsIgnoringCase(value.name, name)) return value.isNumber ? static_cast<int32_t>(value.number) : defaultValue;
+    }
+    return defaultValue;
+  }
+
+ private:
+  std::vector<PreferenceValue> values_;
+};
+
+}  // namespace
+
 int ReadConversion(const std::string& extension, ConversionSettings& record) {
   // Formats outside 1 to 8 (PHC, an unknown name) stay with the PES row.
   record = BuiltInConversion(FormatFromExtension(extension));
-  const PreferenceStore store;
+  const KeyNumbers stored(kConversionSection);
   for (const ConversionValue& value : kConversionValues) {
     int32_t& word = record.*value.word;
-    word = store.GetInt(kConversionSection, extension + value.suffix, word);
+    word = stored.Get(extension + value.suffix, word);
   }
-  record.pes5 = store.GetInt(kConversionSection, "pes5", record.pes5);
-  record.ensureTrims = store.GetInt(kConversionSection, "pestrim", record.ensureTrims);
+  record.pes5 = stored.Get("pes5", record.pes5);
+  record.ensureTrims = stored.Get("pestrim", record.ensureTrims);
   return 0;
 }
 
@@ -511,12 +531,12 @@ ConversionSettings SaveAsConversion() {
 }
 
 BasteSettings GetBaste() {
-  const PreferenceStore store;
+  const KeyNumbers stored(kSettingsSection);
   BasteSettings baste;  // starts out with the defaults
-  baste.combine = store.GetInt(kSettingsSection, "Baste combine", baste.combine);
-  baste.length = store.GetInt(kSettingsSection, "Baste length", baste.length);
-  baste.cross = store.GetInt(kSettingsSection, "Baste cross", baste.cross);
-  baste.edge = store.GetInt(kSettingsSection, "Baste edge", baste.edge);
+  baste.combine = stored.Get("Baste combine", baste.combine);
+  baste.length = stored.Get("Baste length", baste.length);
+  baste.cross = stored.Get("Baste cross", baste.cross);
+  baste.edge = stored.Get("Baste edge", baste.edge);
   return baste;
 }
 
@@ -531,11 +551,11 @@ ToolSettings GetToolSettings() {
 }
 
 BitmapSettings GetBitmapSettings() {
-  const PreferenceStore store;
+  const KeyNumbers stored(kSettingsSection);
   BitmapSettings bitmap;  // starts out with the defaults
-  bitmap.size = store.GetInt(kSettingsSection, "BMP Size", bitmap.size);
-  bitmap.make3D = store.GetInt(kSettingsSection, "Make 3D", bitmap.make3D);
-  bitmap.outline = store.GetInt(kSettingsSection, "Outline", bitmap.outline);
+  bitmap.size = stored.Get("BMP Size", bitmap.size);
+  bitmap.make3D = stored.Get("Make 3D", bitmap.make3D);
+  bitmap.outline = stored.Get("Outline", bitmap.outline);
   return bitmap;
 }
 
