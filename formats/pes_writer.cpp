@@ -58,15 +58,16 @@ Hoop PickRealColorHoop(int32_t w, int32_t h) {
 int32_t Width(const Design& design) { return Wrap32(int64_t{design.maxX} - design.minX); }
 int32_t Height(const Design& design) { return Wrap32(int64_t{design.maxY} - design.minY); }
 
+// Turns by `direction` quarters, if any, and leaves the bounds current.
 void Turn(Design& design, int direction) {
-  design.RotateQuarter(direction);
+  if (direction != 0) design.RotateQuarter(direction);
   design.ComputeBounds();
 }
 
 // Moves the box onto (0, 0) through the first node alone, with the odd unit
 // of a width on the plus side of x and of a height on the minus side of y.
+// The bounds must be current.
 void CentreThroughFirstNode(Design& design) {
-  design.ComputeBounds();
   StitchNode* first = design.stitches.Head();
   const int32_t cx = Wrap32((int64_t{design.maxX} + design.minX) / 2);
   const int32_t cy = Wrap32((int64_t{design.maxY} + design.minY) / 2);
@@ -364,8 +365,7 @@ std::vector<uint8_t> PaletteIndices(const Design& design, bool allowExtended) {
 std::string LabelStem(const Design& design) { return DesignPath(design.name).GetStem(); }
 
 int WritePlain(Design& design, std::vector<uint8_t>& out) {
-  if (design.fitRotation != 0) Turn(design, -design.fitRotation);
-  design.ComputeBounds();
+  Turn(design, -design.fitRotation);
   const Hoop hoop = PickPlainHoop(Width(design), Height(design));
   if (hoop.turn != 0) {
     Turn(design, hoop.turn);
@@ -395,7 +395,6 @@ int WritePlain(Design& design, std::vector<uint8_t>& out) {
   if (hoop.code == 4) writer.U32LE(0);
   writer.PatchU32LE(8, static_cast<uint32_t>(out.size()));
 
-  design.ComputeBounds();
   RenderPecThumbnails(design, std::span<uint8_t>(pec).subspan(thumbnails));
   writer.Bytes(pec);
   if (hoop.code == 4) {
@@ -411,8 +410,7 @@ int WritePlain(Design& design, std::vector<uint8_t>& out) {
 
 int WriteRealColors(Design& design, std::vector<uint8_t>& out) {
   PrepareRealColorStops(design);
-  if (design.fitRotation != 0) Turn(design, -design.fitRotation);
-  design.ComputeBounds();
+  Turn(design, -design.fitRotation);
   const Hoop hoop = PickRealColorHoop(Width(design), Height(design));
   design.hoopWidth = hoop.width;
   design.hoopHeight = hoop.height;
@@ -439,8 +437,7 @@ int WriteRealColors(Design& design, std::vector<uint8_t>& out) {
   const std::vector<uint8_t> indices = PaletteIndices(design, true);
   std::vector<uint8_t> pec;
   const size_t thumbnails = AppendPecBlock(pec, design, {LabelStem(design), indices, true, true});
-  if (hoop.turn != 0) Turn(design, -hoop.turn);
-  design.ComputeBounds();
+  Turn(design, -hoop.turn);
 
   const StitchNode& first = *design.stitches.Head();
   const int32_t halfW = Width(design) / 2, halfH = Height(design) / 2;
