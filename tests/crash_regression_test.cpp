@@ -1,7 +1,8 @@
 // Every input that once broke a reader or parser, kept under data/crash with a
 // name saying what it broke; the extension picks the way in: a design format's
 // reader, .blk the block form, .list the multi-design payload, .gl the Gl
-// expander, .zip the ZIP directory and extraction, .reg the preference file.
+// expander, .zip the ZIP directory and extraction, .reg the preference file,
+// .moves a design written and read back (fuzz/moves_design.h).
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -15,12 +16,19 @@
 #include "core/format_table.h"
 #include "core/preferences.h"
 #include "core/text.h"
+#include "fuzz/moves_design.h"
 #include "tests/test_support.h"
 
 namespace fennick {
 namespace {
 
 namespace fs = std::filesystem;
+
+size_t CountStops(const Design& design) {
+  size_t stops = 0;
+  for (const StitchNode& node : design.stitches) stops += node.IsColorStop() ? 1 : 0;
+  return stops;
+}
 
 // What a reader leaves must survive the passes every command runs first.
 void ExpectUsable(Design& design, const std::string& file) {
@@ -29,11 +37,25 @@ void ExpectUsable(Design& design, const std::string& file) {
   EXPECT_LE(design.minY, design.maxY) << file;
   design.ComputeThreadStats();
   if (design.NormalizeColorStops() == 0) {
-    size_t stops = 0;
-    for (const StitchNode& node : design.stitches) stops += node.IsColorStop() ? 1 : 0;
-    EXPECT_EQ(design.threads.size(), stops + 1) << file;
+    EXPECT_EQ(design.threads.size(), CountStops(design) + 1) << file;
   }
   EncodeEmbroideryFile(design);
+}
+
+// A writer may refuse the design; what it does write reads back with a
+// thread for every stop plus one.
+void ExpectRoundTrip(std::span<const uint8_t> input, const std::string& file, const test::ScratchFolder& scratch) {
+  Design design;
+  if (!fuzz::DesignFromMoves(input, design)) return;
+  const int code = fuzz::MovesFormat(input);
+  std::vector<uint8_t> written;
+  if (WriteDesignFile(design, written, code) == 0) return;
+  written.push_back(0);
+  const FormatEntry* format = FindFormat(code);
+  Design back;
+  back.name = scratch.File("back." + AsciiLower(format->extension));
+  ASSERT_TRUE(format->read(back, written)) << file;
+  EXPECT_GE(back.threads.size(), CountStops(back) + 1) << file;
 }
 
 void Replay(const fs::path& file, const test::ScratchFolder& scratch) {
@@ -46,6 +68,8 @@ void Replay(const fs::path& file, const test::ScratchFolder& scratch) {
     Design design;
     DecodeEmbroideryFile(design, bytes);
     ExpectUsable(design, name);
+  } else if (extension == "moves") {
+    ExpectRoundTrip(bytes, name, scratch);
   } else if (extension == "list") {
     for (Design& design : DecodeDesignList(bytes)) ExpectUsable(design, name);
   } else if (extension == "gl") {
