@@ -292,6 +292,7 @@ TEST_F(CliTest, BatchConvertsAFolderReportingEachDesignInOrder) {
   // (colour files, notes) must be passed over.
   std::vector<std::string> good;
   for (const fs::directory_entry& entry : fs::directory_iterator(FENNICK_TEST_DATA)) {
+    if (!entry.is_regular_file()) continue;  // crash/ holds inputs that once broke readers
     fs::copy_file(entry.path(), folder.Path() / "in" / entry.path().filename());
     const FormatEntry* format = FindFormat(FormatFromExtension(entry.path().extension().string().substr(1)));
     if (format != nullptr && format->read != nullptr) good.push_back("in/" + entry.path().filename().string());
