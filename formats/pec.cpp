@@ -321,7 +321,7 @@ void RenderPecThumbnails(Design& design, std::span<uint8_t> area) {
     if (canvas.Create(kThumbnailWidth * kCanvasScale, kThumbnailHeight * kCanvasScale) != 0 || !canvas.valid) return;
     canvas.background = kCanvasBackground;
   }
-  RenderBlocksApart(design, canvases, colors, true);
+  RenderBlocksApart(design, canvases, colors, true, STITCH_DRAWN);
   for (size_t i = 0; i < colors; ++i) {
     std::span<uint8_t> out = area.subspan((i + 1) * kPecThumbnailSize, kPecThumbnailSize);
     std::fill(out.begin(), out.end(), uint8_t{0});

@@ -64,7 +64,8 @@ std::vector<std::vector<std::vector<uint8_t>>> DrawPictures(Design& design, size
       canvas.background = kUndrawn;
     }
   }
-  RenderBlocksApart(design, canvases, colors, true);
+  // The design keeps only its own flags: no marks.
+  RenderBlocksApart(design, canvases, colors, true, 0);
   for (size_t c = 0; c < canvases.size(); ++c) {
     const StitchBitmap& canvas = canvases[c];
     std::vector<uint8_t>& block = blocks[c / colors][c % colors];
@@ -208,8 +209,6 @@ int WriteSew(Design& design, std::vector<uint8_t>& out) {
       OrInto(out, kOutlineOffset, std::span<const uint8_t>(outline).first(kOutlineBytes));
     }
   }
-  // Rendering marks the nodes it drew; the design keeps only its own flags.
-  for (StitchNode& node : design.stitches) node.flags &= ~STITCH_DRAWN;
   return 0;
 }
 

@@ -334,7 +334,7 @@ TEST(DesignRenderer, BlocksApartInOneWalkEqualEachBlockAlone) {
       ASSERT_EQ(canvas.Create(width, height), 0);
       canvas.SetZoom(zoom);
     }
-    RenderBlocksApart(*design, canvases, canvases.size(), flipY);
+    RenderBlocksApart(*design, canvases, canvases.size(), flipY, STITCH_DRAWN);
     DesignRenderer alone;
     ASSERT_EQ(alone.bitmap.Create(width, height), 0);
     alone.bitmap.SetZoom(zoom);

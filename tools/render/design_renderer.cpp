@@ -109,7 +109,8 @@ void DesignRenderer::RenderOutline() {
   }
 }
 
-void RenderBlocksApart(Design& design, std::span<StitchBitmap> canvases, size_t colors, bool flipY) {
+void RenderBlocksApart(Design& design, std::span<StitchBitmap> canvases, size_t colors, bool flipY,
+                       uint32_t drawnMark) {
   const std::vector<ThreadColor>& threads = design.threads;
   if (colors == 0 || canvases.size() % colors != 0) return;
   for (size_t i = 0; i < canvases.size(); ++i) {
@@ -137,7 +138,7 @@ void RenderBlocksApart(Design& design, std::span<StitchBitmap> canvases, size_t 
       } else if (node.IsJump()) {
         canvas.MoveTo(point.x, point.y);
       } else {
-        node.flags |= STITCH_DRAWN;
+        node.flags |= drawnMark;
         // A stitch within one pixel draws nothing: the walk plots from its first step on.
         if (point.x != canvas.penX || point.y != canvas.penY) canvas.LineFlat(point.x, point.y);
       }

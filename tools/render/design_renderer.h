@@ -36,8 +36,10 @@ struct DesignRenderer {
 // and canvas i of a set ends up as `Render(i)` with thin flat lines, no jumps
 // and no markers would leave it, each keeping its own pen. The canvases must
 // be created, those of a set at one size; they are cleared to their
-// backgrounds and fitted here. Nodes are marked STITCH_DRAWN when their own
-// colour's canvas of the last set drew them.
-void RenderBlocksApart(Design& design, std::span<StitchBitmap> canvases, size_t colors, bool flipY);
+// backgrounds and fitted here. Every node loses STITCH_DRAWN and takes
+// `drawnMark` (STITCH_DRAWN, or 0 for no marks) when its own colour's canvas
+// of the last set drew it.
+void RenderBlocksApart(Design& design, std::span<StitchBitmap> canvases, size_t colors, bool flipY,
+                       uint32_t drawnMark);
 
 }  // namespace fennick
