@@ -29,8 +29,8 @@ bool CanOpenForReading(const std::string& path) {
 
 }  // namespace
 
-int WriteFileBlock(std::span<const uint8_t> bytes, DesignPath& path, int mode) {
-  if (path.IsZipMember()) return WriteZipMember(path, bytes);
+int WriteFileBlock(std::span<const uint8_t> bytes, DesignPath& path, int mode, std::string* cause) {
+  if (path.IsZipMember()) return WriteZipMember(path, bytes, cause);
   const std::string& name = path.GetFileName();
   size_t cut = name.find_last_of('\\');
   if (cut == std::string::npos) cut = name.find_last_of('/');
@@ -41,9 +41,8 @@ int WriteFileBlock(std::span<const uint8_t> bytes, DesignPath& path, int mode) {
     while (CanOpenForReading(path.FullName())) path.NextVariant();
   }
   // Deliberately no TitleCase and no floppy space test on Linux: see docs/platform.md.
-  std::string error;
   errno = 0;
-  if (WriteFileAtomic(path.FullName(), bytes, &error)) return 0;
+  if (WriteFileAtomic(path.FullName(), bytes, cause)) return 0;
   return errno != 0 ? errno : EIO;
 }
 

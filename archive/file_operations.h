@@ -17,8 +17,8 @@ inline constexpr int kWriteNoDialog = 8;   // the save dialog is the window laye
 // Writes `bytes` to the plain file or ZIP member `path`, atomically. The
 // file name is reduced to its last part and may change to a free variant.
 // 0 on success, otherwise the cause: an errno value for a plain file, the
-// negative archive status for a ZIP member.
-int WriteFileBlock(std::span<const uint8_t> bytes, DesignPath& path, int mode);
+// negative archive status for a ZIP member; `cause` then tells why in words.
+int WriteFileBlock(std::span<const uint8_t> bytes, DesignPath& path, int mode, std::string* cause = nullptr);
 // Deletes a plain file or a ZIP member; failures are not reported.
 void DeleteDesign(const DesignPath& path);
 // 0, or the errno of the failure; an existing `to` is never replaced.

@@ -131,7 +131,7 @@ void ReserveOutputNames(std::vector<Job>& jobs, const std::string& folder, const
   }
 }
 
-void Run(Job& job, const ConversionSettings& settings) {
+void Run(Job& job, const ConversionSettings& settings, FormatCode format) {
   if (!job.cause.empty()) {
     job.failed = true;
     return;
@@ -151,6 +151,9 @@ void Run(Job& job, const ConversionSettings& settings) {
   // A split whose later piece fails has written files and still failed.
   job.failed = files == 0 || !job.messages.empty();
   if (job.failed && job.messages.empty()) job.cause = "nothing was saved";
+  if (files == 0) {
+    if (std::string hint = HoopHint(design, settings, format); !hint.empty()) job.messages.push_back(std::move(hint));
+  }
 }
 
 std::string ResultLine(const Job& job) {
@@ -231,7 +234,7 @@ int ConvertBatch(const std::vector<std::string>& inputs, const std::string& exte
   std::atomic<size_t> next{0};
   const auto work = [&] {
     for (size_t index; (index = next++) < jobs.size();) {
-      Run(jobs[index], settings);
+      Run(jobs[index], settings, saved);
       report.Finished(index);
     }
   };

@@ -42,6 +42,9 @@ int ConvertBatch(const std::vector<std::string>& inputs, const std::string& exte
 bool LoadDesign(const std::string& path, Design& design);
 // LoadDesign without the printing: "" when the design was read, else the cause.
 std::string ReadDesignOrCause(const std::string& path, Design& design, LastFile lastFile);
+// After a save that wrote nothing: when the design does not fit the hoop of
+// `settings`, a line that names the options and settings that change it; else "".
+std::string HoopHint(Design& design, const ConversionSettings& settings, FormatCode format);
 // Writes a file atomically; on failure prints one line and returns false.
 bool SaveFile(const std::string& path, const std::vector<uint8_t>& bytes);
 // Renders the design into OUT, a .png or a .bmp by its extension; on failure

@@ -145,7 +145,10 @@ int RunConvert(const Arguments& arguments) {
   design.name = output;
   std::vector<DesignPath> written;
   // A named output file is replaced, as every command here does.
-  if (SaveDesign(design, &written, 1, &settings) == 0) return 1;
+  if (SaveDesign(design, &written, 1, &settings) == 0) {
+    if (const std::string hint = HoopHint(design, settings, format); !hint.empty()) ReportError(output, hint);
+    return 1;
+  }
   for (const DesignPath& path : written) std::cout << path.ToString() << "\n";
   return 0;
 }

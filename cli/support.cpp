@@ -2,11 +2,13 @@
 #include <iostream>
 #include <sys/stat.h>
 
+#include "archive/al_pk_archive.h"
 #include "cli/commands.h"
 #include "core/design_path.h"
 #include "core/file_io.h"
 #include "core/format_table.h"
 #include "core/text.h"
+#include "tools/save_pipeline.h"
 
 namespace fennick::cli {
 
@@ -43,6 +45,24 @@ std::string HexColor(uint32_t rgb) {
   return text;
 }
 
+namespace {
+
+// Why a ZIP member could not be had, or "" when it is there to be read.
+std::string ZipMemberCause(const DesignPath& path) {
+  ALPkArchive archive(path.GetZipFile());
+  ALEntryList entries;
+  if (archive.ReadDirectory(entries) < 0) {
+    return std::string("the ZIP file cannot be read: ") + archive.status.GetStatusDetail();
+  }
+  const std::string member = path.FullName();
+  for (const auto& entry : entries) {
+    if (EqualsIgnoringCase(entry->GetName(), member)) return {};
+  }
+  return "no member \"" + member + "\" in the ZIP file";
+}
+
+}  // namespace
+
 std::string ReadDesignOrCause(const std::string& path, Design& design, LastFile lastFile) {
   const std::string extension = LowerExtension(path);
   const FormatEntry* format = FindFormat(FormatFromExtension(extension));
@@ -50,16 +70,19 @@ std::string ReadDesignOrCause(const std::string& path, Design& design, LastFile 
     return extension.empty() ? "no file extension to tell the design format"
                              : "no reader for the extension \"." + extension + "\"";
   }
-  if (path.rfind("Zip:", 0) != 0) {
-    struct stat info {};
-    if (stat(path.c_str(), &info) != 0) return "no such file";
-    if (S_ISDIR(info.st_mode)) return "is a folder, not a design file";
-    if (info.st_size == 0) return "the file is empty";
-  }
+  const DesignPath designPath(path);
+  const std::string file = designPath.IsZipMember() ? designPath.GetZipFile() : path;
+  struct stat info {};
+  if (stat(file.c_str(), &info) != 0) return designPath.IsZipMember() ? "no such ZIP file" : "no such file";
+  if (S_ISDIR(info.st_mode)) return "is a folder, not a design file";
+  if (info.st_size == 0) return "the file is empty";
   if (ReadDesignFile(design, path, lastFile) != 0) {
-    return std::string("cannot be read as a ") + format->extension + " design";
+    if (designPath.IsZipMember()) {
+      if (const std::string cause = ZipMemberCause(designPath); !cause.empty()) return cause;
+    }
+    return std::string("is not a ") + format->extension + " design";
   }
-  if (design.stitches.Empty()) return std::string("holds no stitches (not a ") + format->extension + " design?)";
+  if (design.stitches.Empty()) return "holds no stitches";
   return {};
 }
 
@@ -68,6 +91,16 @@ bool LoadDesign(const std::string& path, Design& design) {
   if (cause.empty()) return true;
   ReportError(path, cause);
   return false;
+}
+
+std::string HoopHint(Design& design, const ConversionSettings& settings, FormatCode format) {
+  // A refused fit leaves the design as it was, so this asks the same question again.
+  if (format == kFormatTxt || FitDesignToHoop(design, settings) == 0) return {};
+  const std::string extension = AsciiLower(FormatExtension(format));
+  return FormatText("the %s hoop is %i x %i mm: give another with --hoop WxH or allow --shrink PCT, or store it "
+                    "with \"fennick settings set Conversion/%sw\" and \"Conversion/%sh\"",
+                    FormatExtension(format).c_str(), settings.hoopWidth, settings.hoopHeight, extension.c_str(),
+                    extension.c_str());
 }
 
 bool SaveFile(const std::string& path, const std::vector<uint8_t>& bytes) {

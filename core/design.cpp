@@ -255,6 +255,9 @@ void Design::RotateQuarter(int32_t direction) {
 void Design::StripLeadingMoves() {
   while (StitchNode* head = stitches.Head()) {
     if (!head->IsJump() && head->HasMove()) break;
+    // A stop that goes takes its thread along, so that every later block keeps
+    // its own colour; the last thread stays for what is left.
+    if (head->IsColorStop() && threads.size() > 1) threads.erase(threads.begin());
     stitches.Remove(head);
   }
   Centre();
@@ -393,7 +396,9 @@ void Design::ReclassifyJumps() {
     }
     const StitchNode* reached = node;
     if (node->IsColorStop()) {
-      while (reached->Next() != nullptr && (reached->IsJump() || !reached->HasMove())) reached = reached->Next();
+      // Not past a jump: the tie-in stitch beyond it points back along the
+      // travel and would make the travel look like a satin stitch.
+      while (reached->Next() != nullptr && !reached->IsJump() && !reached->HasMove()) reached = reached->Next();
       currentAngle = MoveAngle360(*reached);
       currentLength = MoveLength(*reached);
     }
@@ -409,7 +414,8 @@ void Design::AppendThread(const ThreadColor& thread) {
 }
 
 int64_t Design::DisplayedStitchCount() const {
-  return static_cast<int64_t>(stitches.Size()) - static_cast<int64_t>(threads.size()) + 1;
+  // Formats whose thread list is not matched to the stops can list more threads than nodes.
+  return std::max<int64_t>(0, static_cast<int64_t>(stitches.Size()) - static_cast<int64_t>(threads.size()) + 1);
 }
 
 void ThreadColor::AnalyseColor() {

@@ -76,6 +76,10 @@ bool WriteFileAtomic(const std::string& path, std::span<const uint8_t> bytes, st
   for (int attempt = 0; descriptor < 0 && attempt < 100; ++attempt) {
     temporary = target + ".tmp-" + std::to_string(getpid()) + "-" + std::to_string(counter++);
     descriptor = open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0666);
+    if (descriptor < 0 && (errno == ENOENT || errno == ENOTDIR)) {
+      if (error != nullptr) *error = "the folder " + Folder(target) + " does not exist";
+      return false;
+    }
     if (descriptor < 0 && errno != EEXIST) return Fail(error, errno);
   }
   if (descriptor < 0) return Fail(error, EEXIST);

@@ -47,9 +47,10 @@ bool ReadExp(Design& design, std::span<const uint8_t> bytes) {
       b = reader.S8();
     }
     if (a == kEscape) break;  // the data ended inside the control pairs
+    // The pair behind a colour change is the change's own (00 00 in real
+    // files), not a stitch of the new colour.
     if (flags & STITCH_COLORSTOP) {
-      design.AppendThread(DefaultPaletteColor(DefaultPaletteIndex(design.threads.size())));
-      flags &= ~STITCH_COLORSTOP;
+      design.threads.push_back(DefaultPaletteColor(DefaultPaletteIndex(design.threads.size())));
     }
     design.stitches.PushBack(a, b, flags);
   }

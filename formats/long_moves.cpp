@@ -27,8 +27,11 @@ void ChainLongMoves(Design& design, int32_t limit, bool anchorStop) {
         node->flags = (node->flags & ~STITCH_COLORSTOP) | jump;
       }
     }
-    // A cut node goes on with its rest, which may need cutting again.
-    if (CutLongMove(stitches, node, limit) == nullptr && node->IsJump()) {
+    // A cut node goes on with its rest, which may need cutting again. Only the
+    // last jump of a run is anchored: a stitch between the pieces of one travel
+    // would sew it down where a trimmable jump was meant.
+    if (CutLongMove(stitches, node, limit) == nullptr && node->IsJump() &&
+        (node->Next() == nullptr || !node->Next()->IsJump())) {
       node = stitches.InsertAfter(node, 0, 0, 0);
     }
   }

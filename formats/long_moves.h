@@ -18,8 +18,8 @@ StitchNode* CutLongMove(StitchList& stitches, StitchNode* node, int32_t limit, u
 
 // A stop that moves gets a pure stop of its own before it (and, with
 // `anchorStop`, a zero stitch after that) and keeps its move as a plain node
-// or a jump; every move is cut to `limit`, its rest in turn; a jump with no
-// rest is anchored by a zero stitch after it.
+// or a jump; every move is cut to `limit`, its rest in turn; the last jump of
+// a run, when it needs no cut, is anchored by a zero stitch after it.
 void ChainLongMoves(Design& design, int32_t limit, bool anchorStop);
 
 }  // namespace fennick

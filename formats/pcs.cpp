@@ -5,6 +5,8 @@
 #include <string>
 
 #include "core/byte_cursor.h"
+#include "core/text.h"
+#include "core/user_interface.h"
 #include "threads/palettes.h"
 
 namespace fennick {
@@ -15,7 +17,8 @@ constexpr size_t kColorCountOffset = 2;
 constexpr size_t kColorTableOffset = 4;
 constexpr size_t kTableColors = 16;
 constexpr size_t kNodeCountOffset = kColorTableOffset + 4 * kTableColors;  // 68
-constexpr size_t kFirstRecord = kNodeCountOffset + 2;  // overlaps the count's high half
+constexpr size_t kMaxNodes = 32767;  // the reader takes the count as signed 16 bits
+constexpr size_t kSuggestedSplit = 32000;
 constexpr uint8_t kFileMark = 0x32;
 constexpr uint8_t kLargeHoop = 3;
 constexpr uint8_t kSmallHoop = 2;
@@ -44,9 +47,11 @@ int32_t ToStitchUnits(int32_t fileValue) {
   return static_cast<int32_t>(int64_t{fileValue} * kStitchUnits / kFileUnits);
 }
 
-int32_t ToFileUnits(int32_t move) { return static_cast<int32_t>(int64_t{move} * kFileUnits / kStitchUnits); }
+int64_t ToFileUnits(int64_t stitchUnits) { return stitchUnits * kFileUnits / kStitchUnits; }
 
 uint8_t Channel(uint32_t rgb, int shift) { return static_cast<uint8_t>(rgb >> shift); }
+
+uint32_t Rgb(uint32_t colorRef) { return colorRef & 0xFFFFFF; }
 
 }  // namespace
 
@@ -82,26 +87,25 @@ bool ReadPcs(Design& design, std::span<const uint8_t> bytes) {
       int32_t x = reader.S32LE();
       int32_t y = reader.S32LE();
       const uint8_t flag = reader.U8() & kFlagMask;
+      // Only stitch records count, deliberately: writers leave the colour
+      // records out of the count, and counting them drops the last stitches.
+      const bool colorRecord = flag == kColorChange;
       bool colorMark = false;
-      bool takeNext = false;
-      if (flag == kColorChange) {
+      if (colorRecord) {
         const size_t index = bytes[recordStart];
         if (index < colors.size()) {
           design.threads.push_back(colors[index]);
           colorMark = true;
         }
-        takeNext = true;
-      } else if (x == 0 && y == 0) {
-        takeNext = true;
       }
-      if (takeNext) {
+      if (colorRecord || (x == 0 && y == 0)) {
         // The following record's position, its flag unread; a file that ends
         // inside it ends here.
         x = reader.S32LE();
         y = reader.S32LE();
         reader.Skip(1);
         if (!reader.Ok()) break;
-        ++counter;
+        if (!colorRecord) ++counter;  // the (0, 0) record is a stitch record
       }
       const int32_t stitchX = ToStitchUnits(x), stitchY = ToStitchUnits(y);
       design.stitches.PushBack(static_cast<int32_t>(static_cast<uint32_t>(stitchX) - static_cast<uint32_t>(lastX)),
@@ -126,6 +130,12 @@ bool ReadPcs(Design& design, std::span<const uint8_t> bytes) {
 int WritePcs(Design& design, std::vector<uint8_t>& out) {
   out.clear();
   if (design.stitches.Empty()) return -1;
+  if (design.stitches.Size() > kMaxNodes) {
+    ReportToUser(FormatText("%s: PCS holds at most %zu stitches; this design has %zu: split it with "
+                            "--split-stitches %zu",
+                            design.name.c_str(), kMaxNodes, design.stitches.Size(), kSuggestedSplit));
+    return -1;
+  }
   const size_t threadCount = design.threads.size();
   const size_t nodeCount = design.stitches.Size();
   // The file's size, whatever the records need; its unused end stays zero.
@@ -140,11 +150,19 @@ int WritePcs(Design& design, std::vector<uint8_t>& out) {
   writer.U8(large ? kLargeHoop : kSmallHoop);
   writer.U8(static_cast<uint8_t>(kTableColors));
   writer.U8(0);
+  // The design's distinct colours, in order of first use, so that no colour
+  // is lost while the design has sixteen or fewer; the defaults fill the rest.
+  std::vector<uint32_t> slotColors;
+  for (const ThreadColor& thread : design.threads) {
+    const uint32_t rgb = Rgb(thread.rgb);
+    if (slotColors.size() < kTableColors && std::find(slotColors.begin(), slotColors.end(), rgb) == slotColors.end()) {
+      slotColors.push_back(rgb);
+    }
+  }
   std::array<std::array<uint8_t, 4>, kTableColors> table{};
   for (size_t i = 0; i < kTableColors; ++i) {
-    if (i < threadCount) {
-      const uint32_t rgb = design.threads[i].rgb;
-      table[i] = {Channel(rgb, 0), Channel(rgb, 8), Channel(rgb, 16), 0};
+    if (i < slotColors.size()) {
+      table[i] = {Channel(slotColors[i], 0), Channel(slotColors[i], 8), Channel(slotColors[i], 16), 0};
     } else {
       table[i] = {kDefaultTable[i][0], kDefaultTable[i][1], kDefaultTable[i][2], 0};
     }
@@ -157,14 +175,17 @@ int WritePcs(Design& design, std::vector<uint8_t>& out) {
   design.stitches.Head()->flags |= STITCH_COLORSTOP;
   const std::span<const uint8_t> tableBytes(table[0].data(), 4 * kTableColors);
   const Start start = large ? kLargeHoopStart : kSmallHoopStart;
-  uint32_t x = static_cast<uint32_t>(start.x), y = static_cast<uint32_t>(start.y);
+  int64_t sumX = 0, sumY = 0;  // stitch units from the start
   size_t colorCounter = 0;
   const StitchNode* tail = design.stitches.Tail();
   bool first = true;
   for (const StitchNode& node : design.stitches) {
     if (node.IsColorStop()) {
+      // Each change names the slot of its own colour: the nearest is the exact
+      // one while the table holds it. A change without a thread keeps the
+      // running number, and past the table the slot nearest to black.
       uint8_t index = static_cast<uint8_t>(colorCounter);
-      if (colorCounter >= kTableColors) {
+      if (colorCounter < threadCount || colorCounter >= kTableColors) {
         const uint32_t rgb = colorCounter < threadCount ? design.threads[colorCounter].rgb : 0;
         index = static_cast<uint8_t>(PcsNearestIndex(tableBytes, Channel(rgb, 0), Channel(rgb, 8), Channel(rgb, 16)));
       }
@@ -173,11 +194,12 @@ int WritePcs(Design& design, std::vector<uint8_t>& out) {
       writer.Fill(0, 7);
       writer.U8(kColorChange);
     }
-    // Rounded per move: the error adds up, as the format has it.
-    x += static_cast<uint32_t>(ToFileUnits(node.dx));
-    y += static_cast<uint32_t>(ToFileUnits(node.dy));
-    writer.U32LE(x);
-    writer.U32LE(y);
+    // Each position is cut from the running sum, not built from cut moves,
+    // whose errors would add up over a design.
+    sumX += node.dx;
+    sumY += node.dy;
+    writer.U32LE(static_cast<uint32_t>(start.x + ToFileUnits(sumX)));
+    writer.U32LE(static_cast<uint32_t>(start.y + ToFileUnits(sumY)));
     writer.U8(first || &node == tail ? kEndPosition : 0);
     first = false;
   }

@@ -15,7 +15,8 @@ namespace fennick {
 // 127 units a jump. Returns false only when there are no bytes.
 bool ReadPcs(Design& design, std::span<const uint8_t> bytes);
 // Marks the tail a jump and the head a stop, then writes with the bounds as
-// they stand. Returns 0, or -1 with no stitches.
+// they stand. The colour table holds the design's distinct colours. Returns
+// 0, or -1 with no stitches or, reported to the user, past 32767 nodes.
 int WritePcs(Design& design, std::vector<uint8_t>& out);
 
 }  // namespace fennick

@@ -122,9 +122,12 @@ void SetUpThumbnailRenderer(DesignRenderer& renderer, Design& design) {
 }
 
 // Every third pixel of every third row: set where the canvas was drawn on.
+// Row 0 is left clear on purpose. It can only catch the line a colour's first
+// stitch draws from the pen waiting in the corner, and its first byte follows
+// the stitches' end mark: readers that stop at FF 00 alone would read on.
 void SampleCanvas(const StitchBitmap& canvas, std::span<uint8_t> out) {
   const size_t width = static_cast<size_t>(canvas.width);
-  for (int y = 0; y < kThumbnailHeight; ++y) {
+  for (int y = 1; y < kThumbnailHeight; ++y) {
     for (int x = 0; x < kThumbnailWidth; ++x) {
       const size_t pixel = static_cast<size_t>(kCanvasScale * y) * width + static_cast<size_t>(kCanvasScale * x);
       if (canvas.pixels[pixel] != canvas.background) Set(out, x, y);
@@ -206,6 +209,7 @@ PecBlockInfo ReadPecBlock(Design& design, std::span<const uint8_t> bytes, size_t
   reader.Seek(blockOffset + kStitchLengthOffset);
   info.stitchLength = reader.U24LE();
   if (!reader.Ok() || bytes.size() < blockOffset + info.stitchLength) return info;
+  info.whole = true;
 
   int64_t x = sumX, y = sumY;
   if (info.stitchLength >= kShortestStitchLength) {

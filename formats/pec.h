@@ -34,11 +34,12 @@ inline constexpr size_t kPecPiecePosition = 36;   // where a multi-block file ke
 inline constexpr size_t kPecThumbnailSize = 228;  // 48 by 38 pixels, 1 bit each, 6 bytes a row
 inline constexpr size_t kMaxPecColors = 256;      // the count byte holds the colour count less one
 
-// What ReadPecBlock found: the sizes the PES reader steps over, and whether
-// the block was closed.
+// What ReadPecBlock found: the sizes the PES reader steps over, whether the
+// bytes hold the block's stitches, and whether the block was closed.
 struct PecBlockInfo {
   int colorCount = 0;         // colours listed in the block
   uint32_t stitchLength = 0;  // L: from offset 512 of the block to its first thumbnail
+  bool whole = false;         // L was read and the bytes reach as far as it says
   bool closed = false;        // the design's tail is now the block's closing jump
 };
 
@@ -67,7 +68,9 @@ struct PecBlockSettings {
 size_t AppendPecBlock(std::vector<uint8_t>& out, const Design& design, const PecBlockSettings& settings);
 
 // Draws colour `colorIndex` alone into a 228-byte thumbnail, fitted to the
-// design's bounds: returns 228, or 0 when no canvas could be made. With -1,
+// design's bounds: returns 228, or 0 when no canvas could be made. Row 0 stays
+// clear in every thumbnail: the composite's first byte follows the stitches'
+// end mark, and readers that stop only at FF 00 need it 0. With -1,
 // `out` holds the composite followed by one thumbnail per thread: the frame
 // goes into all of them and the colours' outlines into the composite, so that
 // call comes last; it returns the bytes it finished. Rendering marks the

@@ -246,18 +246,27 @@ bool ReadPesFile(Design& design, std::span<const uint8_t> bytes) {
   int previousPiece = -1;
   StitchNode* previousTail = nullptr;
   PecBlockInfo block;
+  bool sewn = false;  // some block gave a node besides its closing one
   for (int i = 0; i < blockCount; ++i) {
     if (offset >= bytes.size()) return false;
+    const size_t nodesBefore = design.stitches.Size();
     block = ReadPecBlock(design, bytes, offset, sumX, sumY);
     // Also a later block whose L reaches past the end: the file fails as a whole.
-    if (!block.closed) return false;
+    if (!block.whole) return false;
     ByteReader pieceReader(bytes, offset + kPecPiecePosition);
     const uint8_t pieceByte = pieceReader.U8();
     const int piece = pieceReader.Ok() ? pieceByte : -1;
-    // The closing node's move leads back to the block's start; the next block starts from there.
-    StitchNode* closing = design.stitches.Tail();
-    const int32_t blockClosingX = closing->dx, blockClosingY = closing->dy;
-    design.stitches.Remove(closing);
+    // The closing node's move leads back to the block's start; the next block
+    // starts from there. A block without stitches in a design still empty has
+    // no closing node.
+    int32_t blockClosingX = 0, blockClosingY = 0;
+    if (block.closed) {
+      StitchNode* closing = design.stitches.Tail();
+      blockClosingX = closing->dx;
+      blockClosingY = closing->dy;
+      design.stitches.Remove(closing);
+    }
+    sewn = sewn || design.stitches.Size() > nodesBefore;
     if (blockCount > 1) {
       design.stitches.PushBack(0, 0, STITCH_COLORSTOP);
       StitchNode* first = previousTail != nullptr ? previousTail->Next() : design.stitches.Head();
@@ -275,7 +284,8 @@ bool ReadPesFile(Design& design, std::span<const uint8_t> bytes) {
     previousTail = design.stitches.Tail();
     previousPiece = piece;
   }
-  if (design.stitches.Empty()) return false;
+  // No blocks, or none with stitches: an empty design, but for the joins' stops.
+  if (!sewn) design.stitches.Clear();
   design.MergeJumps(true);
   design.Centre();
   design.ComputeThreadStats();

@@ -14,7 +14,9 @@ namespace fennick {
 
 // `bytes` are the file's bytes and the zero byte ReadDesignFile adds. Fails on
 // fewer than 512 bytes, a wrong signature, a PEC offset at or past the end, or
-// a block without stitches; the design may then hold part of a block.
+// a block whose stitches reach past the end; the design may then hold part of
+// a block. A file of no blocks, or none with stitches, gives a design without
+// stitches.
 bool ReadPesFile(Design& design, std::span<const uint8_t> bytes);
 
 // Fills fileThreads from the header's thread list at `listOffset`, naming each

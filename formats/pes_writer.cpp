@@ -2,6 +2,7 @@
 // palette colours) and the version 5 and 6 writer (real thread colours).
 #include <algorithm>
 #include <bit>
+#include <charconv>
 #include <cstdlib>
 #include <string>
 #include <string_view>
@@ -118,13 +119,14 @@ void PrepareRealColorStops(Design& design) {
     if (node->Prev()->IsJump()) stitches.InsertBefore(node, 0, 0, 0);
     if (!next->IsJump()) {
       node->flags |= STITCH_JUMP;
+      node = next;  // which may be a change of its own, after an empty colour
     } else {
       next->dx = Wrap32(int64_t{next->dx} + node->dx);
       next->dy = Wrap32(int64_t{next->dy} + node->dy);
       next->flags |= STITCH_COLORSTOP;
       stitches.Remove(node);
+      node = next->Next();
     }
-    node = next->Next();
   }
   while (stitches.Size() > 1 && stitches.Tail()->IsJump()) stitches.Remove(stitches.Tail());
 }
@@ -506,6 +508,17 @@ void NameByPalette(ThreadColor& thread, int index) {
   thread.catalogNumber = std::string(PecStandardNumber(index));
 }
 
+// A Country record, like a palette one, keeps in its description the palette
+// position that readers name its colour by. That is the thread's own: the
+// description a read record gave it, or the code of its chart entry (the
+// position of the same colour name). Without one, the nearest palette entry.
+int CountryPosition(const ThreadColor& thread, const std::string& ownNumber) {
+  int position = 0;
+  const auto [end, error] = std::from_chars(ownNumber.data(), ownNumber.data() + ownNumber.size(), position);
+  const bool whole = error == std::errc() && end == ownNumber.data() + ownNumber.size();
+  return whole && !PecStandardNumber(position).empty() ? position : NearestPaletteIndex(thread.rgb);
+}
+
 void TakeChartEntry(ThreadColor& thread, std::string_view chart) {
   int32_t distance = 0;
   const ThreadColor& entry = NearestChartThread(thread.rgb, ChartByName(chart), distance);
@@ -539,7 +552,7 @@ void MapHeaderThread(ThreadColor& thread, const Design& design) {
   const bool unbranded = thread.brand.empty();
   if (thread.chartIndex == 0x200) {
     if (unbranded) TakeChartEntry(thread, "Country");
-    NameByPalette(thread, NearestPaletteIndex(thread.rgb));
+    NameByPalette(thread, CountryPosition(thread, unbranded ? thread.catalogNumber : thread.description));
     thread.brand = "COUNTRY";
     thread.threadKind = kCountryKind;
     return;

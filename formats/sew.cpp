@@ -4,6 +4,8 @@
 #include <array>
 
 #include "core/byte_cursor.h"
+#include "core/text.h"
+#include "core/user_interface.h"
 #include "formats/jef.h"
 #include "formats/long_moves.h"
 #include "threads/palettes.h"
@@ -139,7 +141,12 @@ bool ReadSew(Design& design, std::span<const uint8_t> bytes) {
 
 int WriteSew(Design& design, std::vector<uint8_t>& out) {
   out.clear();
-  if (design.stitches.Empty() || design.threads.empty() || design.threads.size() > kMaxThreads) return -1;
+  if (design.stitches.Empty() || design.threads.empty()) return -1;
+  if (design.threads.size() > kMaxThreads) {
+    ReportToUser(FormatText("%s: SEW holds at most %zu colours; this design has %zu: split it with --split-colors %zu",
+                            design.name.c_str(), kMaxThreads, design.threads.size(), kMaxThreads));
+    return -1;
+  }
   const size_t threadCount = design.threads.size();
 
   design.Centre();

@@ -17,7 +17,7 @@ bool ReadSew(Design& design, std::span<const uint8_t> bytes);
 // Centres the design, moves it 17.5 mm right and 10 mm down, splits moves
 // over 127 units, then writes the stream and draws the pictures with the
 // renderer. Returns -1, writing nothing, for no stitches, no threads or more
-// than 12; otherwise 0.
+// than 12 (which the user is told); otherwise 0.
 int WriteSew(Design& design, std::vector<uint8_t>& out);
 
 }  // namespace fennick

@@ -43,13 +43,84 @@ size_t ColorSlot(int counter, int code) {
 
 bool IsColorChange(int code) { return (code >= 8 && code <= 22) || (code >= 25 && code <= 27); }
 
+// One code of the stream, as the reader takes it.
+struct Code {
+  enum Kind { kNode, kColorChange, kEnd, kCutOff } kind = kNode;
+  int32_t dx = 0, dy = 0;
+  uint32_t flags = 0;
+  int second = 0;  // a colour change's number
+};
+
+// Reads the code at the cursor; a long move cut off by the end of the data
+// takes (0, 0), as the reading always has.
+Code NextCode(ByteReader& reader) {
+  Code code;
+  const int8_t a = reader.S8();
+  const int8_t second = reader.S8();
+  code.dx = a;
+  code.dy = second;
+  code.second = second;
+  if (a == kLongStitch || a == kLongJump) {
+    if (a == kLongJump) code.flags = STITCH_JUMP;
+    // The code takes one byte; the two 16-bit values follow it.
+    reader.Seek(reader.Offset() - 1);
+    if (reader.Offset() + 2 >= reader.Size()) {
+      code.dx = code.dy = 0;
+      reader.Skip(2);
+    } else {
+      code.dx = reader.S16LE();
+      code.dy = reader.S16LE();
+      if (!reader.Ok()) code.kind = Code::kCutOff;
+    }
+  } else if (a == kEscape && second == kEndCode) {
+    code.kind = Code::kEnd;
+  } else if (a == kEscape && IsColorChange(second)) {
+    code.kind = Code::kColorChange;
+    code.flags = STITCH_COLORSTOP;
+    code.dx = code.dy = 0;
+  } else if (a == kEscape && (second & kJumpCodeMask) != 0) {
+    code.flags = STITCH_JUMP;
+    if (!reader.Has(2)) return Code{Code::kCutOff};
+    code.dx = reader.S8();
+    code.dy = reader.S8();
+  }
+  return code;
+}
+
+// Where the stream ends by its own codes: at its end code, at the 7F 7F that
+// starts the trailer, or where the codes run out.
+size_t OwnStreamEnd(std::span<const uint8_t> bytes) {
+  ByteReader reader(bytes, kHeaderSize);
+  while (reader.Ok() && reader.Has(2)) {
+    const size_t at = reader.Offset();
+    if (bytes[at] == kEscape && (bytes[at + 1] == kEndCode || bytes[at + 1] == kEscape)) return at;
+    if (NextCode(reader).kind == Code::kCutOff) return at;
+  }
+  return reader.Offset();
+}
+
+// The first 7F 7F from `from` on, or the end of the data.
+size_t TrailerFrom(std::span<const uint8_t> bytes, size_t from) {
+  for (size_t at = from; at + 1 < bytes.size(); ++at) {
+    if (bytes[at] == kEscape && bytes[at + 1] == kEscape) return at;
+  }
+  return bytes.size();
+}
+
 }  // namespace
 
 bool ReadXxx(Design& design, std::span<const uint8_t> bytes) {
   design.Clear();
   if (bytes.empty()) return false;
   ByteReader reader(bytes, kTrailerOffsetField);
-  const int64_t trailer = reader.U32LE();
+  const int64_t trailerField = reader.U32LE();
+  // An offset that does not point past the stitch data inside the file (some
+  // writers leave it 0) is deliberately not followed: the stream then ends by
+  // its own codes, and the colours come from the trailer that follows it.
+  const size_t ownEnd = OwnStreamEnd(bytes);
+  const bool trusted =
+      trailerField >= static_cast<int64_t>(ownEnd) && trailerField <= static_cast<int64_t>(bytes.size());
+  const int64_t trailer = trusted ? trailerField : static_cast<int64_t>(TrailerFrom(bytes, ownEnd));
 
   // Slots past the end of the data repeat the last colour read.
   std::array<ThreadColor, kColorSlots> colors;
@@ -67,8 +138,8 @@ bool ReadXxx(Design& design, std::span<const uint8_t> bytes) {
   design.threads.push_back(colors[0]);
   design.threads.back().stitchCount = 1;
 
-  // The last four bytes before the trailer are deliberately never read.
-  const int64_t streamEnd = trailer - 4;
+  // The last four bytes before a trusted trailer are deliberately never read.
+  const int64_t streamEnd = trusted ? trailer - 4 : static_cast<int64_t>(ownEnd);
   const int64_t size = static_cast<int64_t>(bytes.size());
   if (size > static_cast<int64_t>(kHeaderSize)) {
     design.stitches.Reserve(static_cast<size_t>(size - static_cast<int64_t>(kHeaderSize)) / 2);
@@ -76,36 +147,13 @@ bool ReadXxx(Design& design, std::span<const uint8_t> bytes) {
   int counter = 0;
   reader.Seek(kHeaderSize);
   while (reader.Ok() && static_cast<int64_t>(reader.Offset()) < streamEnd && reader.Has(2)) {
-    const int8_t a = reader.S8();
-    const int8_t second = reader.S8();
-    int32_t dx = a, dy = second;
-    uint32_t flags = 0;
-    if (a == kLongStitch || a == kLongJump) {
-      if (a == kLongJump) flags = STITCH_JUMP;
-      // The code takes one byte; the two 16-bit values follow it.
-      reader.Seek(reader.Offset() - 1);
-      if (static_cast<int64_t>(reader.Offset()) >= size - 2) {
-        dx = dy = 0;
-        reader.Skip(2);
-      } else {
-        dx = reader.S16LE();
-        dy = reader.S16LE();
-        if (!reader.Ok()) break;
-      }
-    } else if (a == kEscape && second == kEndCode) {
-      break;
-    } else if (a == kEscape && IsColorChange(second)) {
+    const Code code = NextCode(reader);
+    if (code.kind == Code::kCutOff || code.kind == Code::kEnd) break;
+    if (code.kind == Code::kColorChange) {
       ++counter;
-      design.threads.push_back(colors[ColorSlot(counter, second)]);
-      flags = STITCH_COLORSTOP;
-      dx = dy = 0;
-    } else if (a == kEscape && (second & kJumpCodeMask) != 0) {
-      flags = STITCH_JUMP;
-      if (!reader.Has(2)) break;
-      dx = reader.S8();
-      dy = reader.S8();
+      design.threads.push_back(colors[ColorSlot(counter, code.second)]);
     }
-    design.stitches.PushBack(dx, dy, flags);
+    design.stitches.PushBack(code.dx, code.dy, code.flags);
   }
   design.MergeJumps(false);
   design.ReclassifyJumps();

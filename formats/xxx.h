@@ -12,7 +12,9 @@
 namespace fennick {
 
 // `bytes` are the file's bytes and the zero byte ReadDesignFile adds. Colours
-// are matched to the reference thread chart. False only for no bytes at all.
+// are matched to the reference thread chart. A trailer offset that does not
+// point past the stitch data is not followed: the stream then ends by its own
+// codes. False only for no bytes at all.
 bool ReadXxx(Design& design, std::span<const uint8_t> bytes);
 // Writes the design as it stands: no centring, no splitting. Stitches of 124
 // units or more in an axis become long stitches and are marked as jumps in

@@ -92,18 +92,26 @@ TEST_F(CliTest, ConvertToPesFollowsTheStoredSettingOrTheFlag) {
 TEST_F(CliTest, ConvertFitsAndSplitsAsTheSettingsAndOptionsSay) {
   // The sample is 82.3 by 84.8 mm, its 4 colours of 2768, 3046, 2199 and 256 stitches: with
   // 4000 a file, black ends the first piece and blue the second, since colours stay whole.
-  const struct {
+  struct Case {
     std::string options;
     int status;
     std::string out;
     std::string err;
-  } cases[] = {
+  };
+  const std::string tooBig = "Save Error: g.dst is too big for the current hoop.\n";
+  const auto hint = [](const char* hoop) {
+    return std::string("fennick: g.dst: the DST hoop is ") + hoop +
+           " mm: give another with --hoop WxH or allow --shrink PCT, or store it with \"fennick settings set "
+           "Conversion/dstw\" and \"Conversion/dsth\"\n";
+  };
+  const Case cases[] = {
       {"rose.pes --split-colors 2", 0, "rose.pes\nrose 2.pes\n", ""},
       {"g.dst --split-stitches 4000", 0, "g.dst\ng 2.dst\ng 3.dst\n", ""},
-      {"g.dst --hoop 80x90 --shrink 0", 1, "", "Save Error: g.dst is too big for the current hoop.\n"},
+      {"g.dst --hoop 80x90 --shrink 0", 1, "", tooBig + hint("80 x 90")},
       {"g.dst --hoop 80x90 --shrink 5", 0, "g.dst\n", ""},
       {"g.dst --hoop 85x83 --rotate --shrink 0", 0, "g.dst\n", ""},
-      {"g.dst --hoop 85x83 --no-rotate --shrink 0", 1, "", "Save Error: g.dst is too big for the current hoop.\n"},
+      {"g.dst --hoop 85x83 --no-rotate --shrink 0", 1, "", tooBig + hint("85 x 83")},
+      {"no/g.dst", 1, "", "Save Error: no/g.dst could not be saved. The folder no does not exist.\n"},
       {"card.phc", 0, "card.pes\n", ""},
       {"g.dst --hoop 80", 2, "", "fennick: convert: --hoop takes WIDTHxHEIGHT in millimetres, not \"80\"\n"},
       {"g.dst --split-colors -1", 2, "", "fennick: convert: --split-colors takes a whole number of 0 or more, not \"-1\"\n"},
@@ -115,6 +123,10 @@ TEST_F(CliTest, ConvertFitsAndSplitsAsTheSettingsAndOptionsSay) {
     EXPECT_EQ(outcome.err, c.err) << c.options;
   }
   EXPECT_NE(Run("info g.dst").out.find("size:     8.48 cm x 8.23 cm"), std::string::npos) << "turned";
+  const Outcome sew = Run("convert '" + std::string(FENNICK_TEST_DATA) + "/reorder.pes' r.sew --split-colors 0");
+  EXPECT_EQ(sew.err,
+            "r.sew: SEW holds at most 12 colours; this design has 17: split it with --split-colors 12\n"
+            "Save Error: r.sew could not be saved.\n");
 
   // Stored settings apply, and an option of 0 turns their split off.
   ASSERT_EQ(Run("settings set Conversion/dstsc 1").status, 0);
@@ -214,6 +226,8 @@ TEST_F(CliTest, ColorsListsAFormatsTable) {
 TEST_F(CliTest, BadInputGivesOneLineAndAnExitCode) {
   folder.Write("empty.dst", {});
   folder.Write("junk.dst", std::vector<uint8_t>(300, 0x55));
+  folder.Write("junk.pes", std::vector<uint8_t>(600, 0x55));
+  ASSERT_EQ(Run("zip add d.zip '" + sample + "' a.dst").status, 0);
   const struct {
     std::string arguments;
     int status;
@@ -221,9 +235,12 @@ TEST_F(CliTest, BadInputGivesOneLineAndAnExitCode) {
   } cases[] = {
       {"info missing.dst", 1, "fennick: missing.dst: no such file\n"},
       {"info empty.dst", 1, "fennick: empty.dst: the file is empty\n"},
-      {"info junk.dst", 1, "fennick: junk.dst: holds no stitches (not a DST design?)\n"},
+      {"info junk.dst", 1, "fennick: junk.dst: holds no stitches\n"},
+      {"info junk.pes", 1, "fennick: junk.pes: is not a PES design\n"},
+      {"info Zip:none.zip:a.dst", 1, "fennick: Zip:none.zip:a.dst: no such ZIP file\n"},
+      {"info Zip:d.zip:b.dst", 1, "fennick: Zip:d.zip:b.dst: no member \"b.dst\" in the ZIP file\n"},
       {"info notes.abc", 1, "fennick: notes.abc: no reader for the extension \".abc\"\n"},
-      {"convert junk.dst out.dst", 1, "fennick: junk.dst: holds no stitches (not a DST design?)\n"},
+      {"convert junk.dst out.dst", 1, "fennick: junk.dst: holds no stitches\n"},
       {"convert '" + sample + "' out.bmp", 2, "fennick: out.bmp: no writer for the extension \".bmp\"\n"},
       {"dump", 2, "fennick: dump: name exactly one design file\n"},
       {"render '" + sample + "' out.gif", 1, "fennick: out.gif: pictures are written as .png or .bmp\n"},
@@ -309,7 +326,7 @@ TEST_F(CliTest, BatchConvertsAFolderReportingEachDesignInOrder) {
   ASSERT_EQ(lines.size(), inputs.size() + 1) << outcome.out;
   for (size_t i = 0; i < inputs.size(); ++i) {
     if (inputs[i] == "in/junk.dst") {
-      EXPECT_EQ(lines[i], "in/junk.dst: holds no stitches (not a DST design?)");
+      EXPECT_EQ(lines[i], "in/junk.dst: holds no stitches");
     } else {
       EXPECT_EQ(lines[i].rfind(inputs[i] + " -> out/", 0), 0u) << lines[i];
     }
@@ -347,7 +364,9 @@ TEST_F(CliTest, BatchTakesZipFilesAndMembersAndNeverOverwrites) {
        "3 converted, 0 failed, "},
       // The pipeline's message box lands on its design's line, not on standard error.
       {"'Zip:d.zip:Star.pcs' missing.dst --hoop 20x20 --shrink 0", 1,
-       "Zip:d.zip:Star.pcs: Save Error: out/Star(2).dst is too big for the current hoop.\n"
+       "Zip:d.zip:Star.pcs: Save Error: out/Star(2).dst is too big for the current hoop.; the DST hoop is 20 x 20 "
+       "mm: give another with --hoop WxH or allow --shrink PCT, or store it with \"fennick settings set "
+       "Conversion/dstw\" and \"Conversion/dsth\"\n"
        "missing.dst: no such file\n"
        "0 converted, 2 failed, "},
   };

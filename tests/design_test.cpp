@@ -221,6 +221,17 @@ TEST(DesignStripLeadingMoves, DropsLeadingJumpsAndEmptyMovesThenCentres) {
   EXPECT_EQ(test::Nodes(design), (NodeList{{-35, -3, J}, {10, 0, 0}, {0, 6, 0}, {50, 0, J}, {1, 0, 0}}));
   EXPECT_EQ(BoundsOf(design), (Bounds{26, 3, -25, -3}));
 
+  // Each stop that goes takes the first thread with it; the last thread stays.
+  Design coloured = MakeDesign({{0, 0, S}, {5, 5, J}, {0, 0, S}, {10, 0, 0}, {0, 0, S}, {1, 0, 0}});
+  for (uint32_t rgb : {1u, 2u, 3u, 4u}) coloured.threads.emplace_back().rgb = rgb;
+  coloured.StripLeadingMoves();
+  ASSERT_EQ(coloured.threads.size(), 2u);
+  EXPECT_EQ(coloured.threads[0].rgb, 3u);
+  Design stopsOnly = MakeDesign({{0, 0, S}, {0, 0, S}});
+  stopsOnly.threads.resize(2);
+  stopsOnly.StripLeadingMoves();
+  EXPECT_EQ(stopsOnly.threads.size(), 1u);
+
   Design onlyMoves = MakeDesign({{100, 100, J}, {0, 0, 0}, {5, 5, J}});
   SetBounds(onlyMoves, {1, 2, 3, 4});
   onlyMoves.StripLeadingMoves();
@@ -362,6 +373,9 @@ TEST(DesignReclassifyJumps, TurnsLongSatinAndStraightJumpsIntoStitches) {
            Case{"satin of 80 stays", {{10, 0, 0}, {80, 0, J}, {-80, 0, J}, {80, 0, J}, {-80, 0, J}, {10, 0, 0}}, kept},
            Case{"straight.exp", {{10, 0, 0}, {10, 0, 0}, {100, 0, J}, {10, 0, 0}}, {0, 0, 0, 0}},
            Case{"travel off the line.exp", {{10, 0, 0}, {10, 0, 0}, {300, 400, J}, {10, 0, 0}}, {0, 0, J, 0}},
+           // After a colour change the travel is measured against itself, not
+           // against the tie-in stitch beyond it that points back along it.
+           Case{"travel after a change.exp", {{10, 0, 0}, {0, 0, S}, {200, 0, J}, {-10, 0, 0}}, {0, S, J, 0}},
            // In line, but a run of jumps is travel.
            Case{"two jumps in line.exp", {{10, 0, 0}, {100, 0, J}, {100, 0, J}, {10, 0, 0}}, {0, J, J, 0}},
            // (127, 0) is not over 127; (90, 90) is 127.3 and off its neighbours' line.

@@ -23,10 +23,9 @@ TEST(ExpWriter, GoldenBytes) {
   const Bytes expected = {
       0x0A, 0x14,              // (10, 20)
       0x80, 0x01, 0x00, 0x00,  // the stop and its pair 00 00
+      0x80, 0x04, 0x64, 0x00,  // jump (100, 0), not anchored: the travel goes on
       0x80, 0x04, 0x64, 0x00,  // jump (100, 0)
-      0x00, 0x00,              // its anchor
-      0x80, 0x04, 0x64, 0x00,  // jump (100, 0)
-      0x00, 0x00,              // its anchor
+      0x00, 0x00,              // the anchor of the run's last jump
       0x00, 0x00,              // the split node, left as a zero stitch
       0xFB, 0x03,              // (-5, 3)
       0x80, 0x01, 0x00, 0x00,  // the stop split off the move
@@ -44,9 +43,9 @@ TEST(ExpReader, ControlPairsThreadsAndTheTail) {
   const Bytes file = {
       0x80, 0x04, 0x05, 0x00,              // jump (5, 0)
       0x03, 0x04,                          // its landing stitch, swallowed
-      0x80, 0x01, 0x80, 0x04, 0x02, 0x00,  // a colour change and a jump add up
+      0x80, 0x01, 0x80, 0x04, 0x02, 0x00,  // a colour change and a jump add up; the pair is theirs
       0x80, 0x80, 0x7F, 0x7F, 0x01, 0x01,  // 80 80 skips itself and the pair behind
-      0x80, 0x03, 0x00, 0x00,              // odd: a colour change, then a stitch on the spot
+      0x80, 0x03, 0x00, 0x00,              // odd: a colour change, its pair no stitch of its own
       0x05, 0x05,                          // (5, 5)
       0x80, 0x02, 0x06, 0x00,              // even: a jump at the end, cleaned away
       0x80, 0x01, 0x00, 0x00,              // a closing colour change takes its thread back
@@ -58,9 +57,10 @@ TEST(ExpReader, ControlPairsThreadsAndTheTail) {
   EXPECT_EQ(design.threads[1].colorName, "Blue");
   EXPECT_EQ(design.threads[2].colorName, "Light Green");
   EXPECT_TRUE(design.defaultColors);
-  // Positions (8,4) (8,4) (11,5) (11,5) (11,5) (16,10) (15,9): centre (12, 7).
-  const std::vector<test::Node> expected = {{-4, -3, STITCH_JUMP}, {0, 0, STITCH_COLORSTOP}, {3, 1, STITCH_JUMP},
-                                            {0, 0, STITCH_COLORSTOP}, {0, 0, 0}, {5, 5, 0}, {-1, -1, 0}};
+  // Positions (8,4) (10,4) (11,5) (11,5) (16,10) (15,9): centre (12, 7).
+  const std::vector<test::Node> expected = {{-4, -3, STITCH_JUMP}, {2, 0, STITCH_COLORSTOP | STITCH_JUMP},
+                                            {1, 1, 0},           {0, 0, STITCH_COLORSTOP},
+                                            {5, 5, 0},           {-1, -1, 0}};
   EXPECT_EQ(test::Nodes(design), expected);
   EXPECT_EQ((std::array{design.minX, design.maxX, design.minY, design.maxY}), (std::array{-4, 4, -3, 3}));
 }

@@ -8,7 +8,6 @@
 #include "archive/al_memory.h"
 #include "archive/gl_engine.h"
 #include "core/byte_cursor.h"
-#include "core/user_interface.h"
 #include "formats/dst.h"
 #include "formats/hus.h"
 #include "formats/hus_vip_streams.h"
@@ -20,18 +19,6 @@ namespace fennick {
 namespace {
 
 // Collects the lines the formats have for the user while it lives.
-class Messages : public UserInterface {
- public:
-  Messages() { SetUserInterface(this); }
-  ~Messages() override { SetUserInterface(nullptr); }
-  MessageAnswer ShowMessage(const std::string& text, const std::string&, MessageButtons) override {
-    lines.push_back(text);
-    return MessageAnswer::kOk;
-  }
-  void SetWaitCursor(bool) override {}
-  std::vector<std::string> lines;
-};
-
 using Reader = bool (*)(Design&, std::span<const uint8_t>);
 using Writer = int (*)(Design&, std::vector<uint8_t>&);
 
@@ -176,7 +163,7 @@ TEST(VipWriter, GoldenHeaderTablesAndSplit) {
 }
 
 TEST(HusVipWriter, RefusalsAndTheirMessages) {
-  Messages messages;
+  test::Messages messages;
   Design design;
   design.name = "C:\\designs\\rose.pes";
   test::SetNodes(design, {{1, 1, 0}});
@@ -281,7 +268,7 @@ TEST(VipColours, KeyMatchesItsSourceAndScrambleRoundTrips) {
 }
 
 TEST(HusVipReader, DamagedFilesFailCleanlyWithTheirMessage) {
-  Messages messages;
+  test::Messages messages;
   std::vector<uint8_t> file = test::ReadTestFile("geometric_objects.hus");
   Design design;
   EXPECT_FALSE(ReadNamed(ReadHusFile, design, test::AsReaderInput(file), ""));  // a name is needed

@@ -40,17 +40,19 @@ TEST(JefWriter, GoldenBytes) {
   test::SetNodes(design, {{10, 20, 0},
                           {0, 0, STITCH_COLORSTOP},
                           {300, 0, STITCH_JUMP},  // a chain of two clamped jumps and a stitch of 48
+                          {20, 0, STITCH_JUMP},   // a run of two jumps: only the last is anchored
+                          {20, 0, STITCH_JUMP},
                           {-5, 3, 0},
                           {2, 1, STITCH_COLORSTOP | STITCH_JUMP}});  // a stop with a move
 
   Bytes out;
   ASSERT_EQ(WriteJef(design, out), 0);
 
-  // Nodes: stitch, stop, jump, jump, stitch, stitch, stop, zero stitch, jump,
-  // anchor: N 10, J 3, so W = 3 * 3 + 10 + 3 = 22 words.
+  // Nodes: stitch, stop, jump, jump, stitch, jump, jump, anchor, stitch, stop,
+  // zero stitch, jump, anchor: N 13, J 5, so W = 3 * 3 + 13 + 5 = 27 words.
   Bytes expected;
   ByteWriter words(expected);
-  for (const uint32_t value : {140u, 10u, 0u, 0u, 0u, 0u, 3u, 22u, 2u, 20u, 40u, 600u, 30u}) words.U32LE(value);
+  for (const uint32_t value : {140u, 10u, 0u, 0u, 0u, 0u, 3u, 27u, 2u, 20u, 40u, 600u, 30u}) words.U32LE(value);
   expected.insert(expected.end(), 32, 0xFF);
   for (int copy = 0; copy < 2; ++copy) {
     for (const uint32_t value : {680u, 960u, 100u, 970u}) ByteWriter(expected).U32LE(value);
@@ -63,6 +65,9 @@ TEST(JefWriter, GoldenBytes) {
       0x80, 0x02, 0x7E, 0x00,                          // jump (126, 0)
       0x80, 0x02, 0x7E, 0x00,                          // jump (126, 0)
       0x30, 0x00,                                      // (48, 0)
+      0x80, 0x02, 0x14, 0x00,                          // jump (20, 0)
+      0x80, 0x02, 0x14, 0x00,                          // jump (20, 0)
+      0x00, 0x00,                                      // the run's anchor
       0xFB, 0x03,                                      // (-5, 3)
       0x80, 0x01, 0x00, 0x00, 0x80, 0x02, 0x00, 0x00,  // the stop split off the move
       0x00, 0x00,                                      // zero stitch behind it
@@ -155,6 +160,11 @@ TEST(JefReader, ThreadTableMeetsTheColourChanges) {
   Design design;
   ReadJef(design, test::AsReaderInput(JefFile({0}, {0x01, 0x01})));
   EXPECT_EQ(design.threads[0].colorName, "");  // left as a blank thread
+
+  // A change before the first stitch goes with its thread, so the stitches keep their own colour.
+  ReadJef(design, test::AsReaderInput(JefFile({10, 1}, {0x80, 0x01, 0x00, 0x00, 0x01, 0x01, 0x02, 0x02, 0x80, 0x10})));
+  ASSERT_EQ(design.threads.size(), 1u);
+  EXPECT_EQ(design.threads[0].colorName, "Black");
 }
 
 TEST(JefReader, BadOffsetsAndCountsStopCleanly) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <string>
 
 #include "core/byte_cursor.h"
 #include "formats/pes.h"
@@ -54,10 +55,11 @@ TEST(PcsWriter, GoldenBytes) {
 
   PcsFile expected(2, kDefaultTable, 4);
   std::copy_n(std::array<uint8_t, 8>{10, 20, 30, 0, 40, 50, 60, 0}.begin(), 8, expected.bytes.begin() + 4);
-  // From (61400, 61400): 10 units are 1535, 2 are 307, -3 and -1 are cut to
-  // -460 and -153. The first and last positions carry the flag 4.
+  // From (61400, 61400), each position cut from the sum of the moves: 10
+  // units are 1535, 2 are 307, 7 and 1 are 1074.5 and 153.5, cut to 1074 and
+  // 153. The first and last positions carry the flag 4.
   expected.Color(0).Position(62935, 61400, 4).Position(62935, 61707).Color(1).Position(62935, 61707);
-  expected.Position(62475, 61554, 4);
+  expected.Position(62474, 61553, 4);
   expected.bytes.resize(9 * (2 + 4 + 8));  // the unused end stays zero
   EXPECT_EQ(out, expected.bytes);
   EXPECT_EQ(test::Nodes(design).front(), test::Node(10, 0, STITCH_COLORSTOP));
@@ -84,32 +86,80 @@ TEST(PcsWriter, HoopCodeAndStartFollowTheBounds) {
   }
 }
 
-TEST(PcsWriter, ColoursPastTheSixteenthTakeTheNearestTableEntry) {
-  Design design;
-  std::vector<test::Node> nodes;
-  for (int i = 0; i < 18; ++i) {
-    ThreadColor thread;
-    thread.rgb = ColorRef(static_cast<uint8_t>(i * 10), 0, 0);
-    design.threads.push_back(thread);
-    if (i > 0) nodes.emplace_back(0, 0, STITCH_COLORSTOP);
-    nodes.emplace_back(2, 0, 0);
+// Collects what the writer tells the user while it lives.
+TEST(PcsWriter, RefusesMoreNodesThanItsSignedCountHolds) {
+  for (const size_t nodes : {size_t{32767}, size_t{32768}}) {
+    Design design;
+    design.name = "big.pcs";
+    design.threads.resize(1);
+    for (size_t i = 0; i < nodes; ++i) design.stitches.PushBack(1, 0, 0);
+    design.ComputeBounds();
+    test::Messages messages;
+    std::vector<uint8_t> out;
+    const int result = WritePcs(design, out);
+    if (nodes == 32767) {
+      ASSERT_EQ(result, 0);
+      EXPECT_EQ(ByteReader(out, 68).S16LE(), 32767);
+      EXPECT_TRUE(messages.lines.empty());
+    } else {
+      EXPECT_EQ(result, -1);
+      EXPECT_TRUE(out.empty());
+      EXPECT_EQ(design.stitches.Head()->flags, 0u);  // refused before anything is marked
+      EXPECT_EQ(messages.lines, std::vector<std::string>{"big.pcs: PCS holds at most 32767 stitches; this design has "
+                                                         "32768: split it with --split-stitches 32000"});
+    }
   }
-  design.threads[16].rgb = ColorRef(52, 0, 0);   // nearest: entry 5 (50, 0, 0)
-  design.threads[17].rgb = ColorRef(255, 0, 0);  // nearest: entry 15 (150, 0, 0)
-  test::SetNodes(design, nodes);
-  design.ComputeBounds();
-  std::vector<uint8_t> out;
-  ASSERT_EQ(WritePcs(design, out), 0);
-  std::vector<uint8_t> indices;
-  for (size_t at = 70; at + 9 <= out.size(); at += 9) {
-    if (out[at + 8] == 3) indices.push_back(out[at]);
+}
+
+TEST(PcsWriter, EachChangeNamesTheSlotOfItsColour) {
+  struct Case {
+    std::vector<uint32_t> colors;  // one thread each
+    std::vector<uint8_t> slots;
+    size_t exact;  // the leading changes whose slot holds their own colour
+  };
+  std::vector<Case> cases(2);
+  // Eighteen colours: the table holds the first sixteen, and the last two
+  // take the nearest entry, (50, 0, 0) and (150, 0, 0).
+  for (int i = 0; i < 16; ++i) cases[0].colors.push_back(ColorRef(static_cast<uint8_t>(i * 10), 0, 0));
+  cases[0].colors.insert(cases[0].colors.end(), {ColorRef(52, 0, 0), ColorRef(255, 0, 0)});
+  cases[0].slots = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 5, 15};
+  cases[0].exact = 16;
+  // Nineteen changes in eight colours, the eighth first used by the 18th
+  // thread: each change names its own colour's slot.
+  for (uint8_t i = 0; i < 17; ++i) {
+    cases[1].colors.push_back(ColorRef(static_cast<uint8_t>(20 * (i % 7)), 7, 9));
+    cases[1].slots.push_back(i % 7);
   }
-  const std::vector<uint8_t> expected = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 5, 15};
-  EXPECT_EQ(indices, expected);
+  cases[1].colors.insert(cases[1].colors.end(), {ColorRef(1, 200, 3), ColorRef(0, 7, 9), ColorRef(1, 200, 3)});
+  cases[1].slots.insert(cases[1].slots.end(), {7, 0, 7});
+  cases[1].exact = 20;
+  for (const Case& c : cases) {
+    Design design;
+    std::vector<test::Node> nodes;
+    for (const uint32_t rgb : c.colors) {
+      if (!design.threads.empty()) nodes.emplace_back(0, 0, STITCH_COLORSTOP);
+      design.threads.emplace_back().rgb = rgb;
+      nodes.emplace_back(2, 0, 0);
+    }
+    test::SetNodes(design, nodes);
+    design.ComputeBounds();
+    std::vector<uint8_t> out;
+    ASSERT_EQ(WritePcs(design, out), 0);
+    std::vector<uint8_t> slots;
+    for (size_t at = 70; at + 9 <= out.size(); at += 9) {
+      if (out[at + 8] == 3) slots.push_back(out[at]);
+    }
+    EXPECT_EQ(slots, c.slots) << c.colors.size() << " threads";
+    for (size_t change = 0; change < c.exact && change < slots.size(); ++change) {
+      const size_t entry = 4 + 4 * size_t{slots[change]};
+      EXPECT_EQ(ColorRef(out[entry], out[entry + 1], out[entry + 2]), c.colors[change]) << change;
+    }
+  }
 }
 
 TEST(PcsReader, RecordsColourChangesAndEndSteps) {
-  PcsFile file(2, kDefaultTable, 10);
+  // Seven stitch records: colour records are not counted, a (0, 0) is.
+  PcsFile file(2, kDefaultTable, 7);
   file.Color(2).Position(U(100), 0, 4).Position(U(200), 0).Position(U(200), U(100));
   file.Color(20).Position(U(200), U(200));           // beyond the table: no thread, no stop
   file.Color(3).Position(U(150), U(200));            // a stop with a move
@@ -164,7 +214,7 @@ TEST(PcsReader, EmptyCountsAndShortFiles) {
   EXPECT_EQ(design.threads.size(), 1u);
 }
 
-TEST(PcsRoundTrip, EvenMovesComeBackExactlyButTheCountLeavesOutTheLastRecords) {
+TEST(PcsRoundTrip, EvenMovesComeBackExactly) {
   Design design;
   design.name = "r.pcs";
   design.threads.resize(2);
@@ -178,14 +228,15 @@ TEST(PcsRoundTrip, EvenMovesComeBackExactlyButTheCountLeavesOutTheLastRecords) {
   Design read;
   read.name = "r.pcs";
   ASSERT_TRUE(ReadPcs(read, test::AsReaderInput(out)));
-  // Even moves are whole file units. The count holds the nodes, while each
-  // colour record uses up one more of it: the last two positions stay unread.
+  // Even moves are whole file units; the count holds the nodes, and so every
+  // position comes back.
   ASSERT_EQ(read.threads.size(), 2u);
   EXPECT_EQ(read.threads[1].rgb, ColorRef(4, 5, 6));
   std::vector<test::Node> nodes = test::Nodes(read);
   nodes.erase(nodes.begin());  // the head jump from the origin
   EXPECT_EQ(nodes,
-            (std::vector<test::Node>{{10, -6, 0}, {4, 8, 0}, {-12, 2, 0}, {0, 0, STITCH_COLORSTOP}, {-12, 2, 0}}));
+            (std::vector<test::Node>{
+                {10, -6, 0}, {4, 8, 0}, {-12, 2, 0}, {0, 0, STITCH_COLORSTOP}, {-12, 2, 0}, {6, 6, 0}, {2, 2, 0}}));
 }
 
 TEST(PcsReader, StarSampleMatchesThePesOfTheSameDesign) {
@@ -201,6 +252,10 @@ TEST(PcsReader, StarSampleMatchesThePesOfTheSameDesign) {
   const auto actual = test::NeedlePoints(pcs);
   EXPECT_GT(actual.size(), 2000u);
   EXPECT_EQ(test::CountMissing(actual, test::NeedlePoints(pes)), 0u);
+  // The tie-off in the last records, which counting the colour records drops.
+  const std::vector<test::Point> pcsPath = test::NeedlePath(pcs), pesPath = test::NeedlePath(pes);
+  ASSERT_GT(pcsPath.size(), 4u);
+  EXPECT_EQ(std::vector(pcsPath.end() - 4, pcsPath.end()), std::vector(pesPath.end() - 4, pesPath.end()));
 }
 
 TEST(PcsReader, EveryTruncationOfTheSampleReads) {

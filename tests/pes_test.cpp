@@ -250,11 +250,16 @@ TEST(PesReader, SignaturesVersionsAndOffsets) {
   longSecondBlock[515] = 0x10;  // its L reaches past the end of the file
   Bytes fourthOffsetByte = PesFile("#PES0001", Bytes(16, 0), {block});
   fourthOffsetByte[11] = 0x7F;  // the writer stores 4 bytes of the offset; 3 are read
+  // Blocks without stitches: the end mark alone, or an L too short for the loop.
+  const Bytes endMarkOnly = PecBlock({1}, {0xFF});
+  Bytes shortL = block;
+  shortL[514] = 14;
   struct Case {
     const char* what;
     Bytes bytes;
     bool read;
     int version;
+    bool stitches = true;
   };
   const Case cases[] = {
       {"pec file", pec, true, 1},
@@ -266,12 +271,17 @@ TEST(PesReader, SignaturesVersionsAndOffsets) {
       {"two whole blocks", PesFile("#PES0030", twoBlocks, {block, block}), true, 30},
       {"fourth offset byte", fourthOffsetByte, true, 1},
       {"under 512 bytes", Bytes(pec.begin(), pec.begin() + 510), false, 0},
+      {"no blocks", PesFile("#PES0030", Bytes(16, 0), {block}), true, 30, false},  // byte 12 counts none
+      {"only the end mark", PesFile("#PES0001", Bytes(16, 0), {endMarkOnly}), true, 1, false},
+      {"L too short for a stitch", PesFile("#PES0001", Bytes(16, 0), {shortL}), true, 1, false},
+      {"two blocks without stitches", PesFile("#PES0030", twoBlocks, {endMarkOnly, shortL}), true, 30, false},
   };
   for (const Case& c : cases) {
     Design design;
     EXPECT_EQ(ReadPesFile(design, test::AsReaderInput(c.bytes)), c.read) << c.what;
     if (c.read) {
       EXPECT_EQ(design.formatVersion, c.version) << c.what;
+      EXPECT_EQ(design.stitches.Empty(), !c.stitches) << c.what;
     }
   }
 }

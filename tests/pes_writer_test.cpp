@@ -2,8 +2,11 @@
 
 #include <algorithm>
 #include <bit>
+#include <filesystem>
 #include <string>
+#include <tuple>
 
+#include "core/format_table.h"
 #include "formats/pec.h"
 #include "formats/pes.h"
 #include "formats/pes_labels.h"
@@ -198,6 +201,33 @@ TEST(PesWriter, RealColorObjectBlockSegmentsAndColorTable) {
   const uint32_t pec = PecOffset(file);
   EXPECT_EQ(file.begin() + pec, segments + static_cast<ptrdiff_t>(expected.bytes.size()));
   EXPECT_EQ(file[pec + 31], 0xFF);
+
+  // An empty colour block: each change becomes a jump of its own, the second
+  // behind a zero stitch, and the last colour starts where the counter says.
+  Design empty;
+  test::SetNodes(empty, {{0, 0, 0}, {100, 0, 0}, {0, 0, STITCH_COLORSTOP}, {0, 0, STITCH_COLORSTOP}, {0, 50, 0},
+                         {0, 0, STITCH_COLORSTOP}, {-100, 0, 0}});
+  for (const uint32_t rgb : {kBlack, kWhite, ColorRef(237, 23, 31), ColorRef(10, 85, 163)}) empty = Thread(empty, rgb);
+  const Bytes withEmpty = Write(empty, true);
+  Builder segmentsAndTable;
+  segmentsAndTable.bytes = ObjectBlock(false, 950.0f, 1025.0f, 0, 0, 8);
+  segmentsAndTable.Words({1, 0, 1, 0, 0, 0x8003, 0, 0, 2, 0, 0, 100, 0});
+  segmentsAndTable.Words({0x8003, 1, 1, 2, 100, 0, 100, 0, 0x8003, 0, 1, 2, 100, 0, 100, 0});  // change, zero stitch
+  segmentsAndTable.Words({0x8003, 1, 2, 2, 100, 0, 100, 0, 0x8003, 0, 2, 2, 100, 0, 100, -50});
+  segmentsAndTable.Words({0x8003, 1, 3, 2, 100, -50, 100, -50, 0x8003, 0, 3, 2, 100, -50, 0, -50});
+  segmentsAndTable.Words({4, 0, 0, 3, 1, 5, 2, 7, 3}).Zeros(12);
+  for (const uint8_t i : {0, 1, 2}) segmentsAndTable.Word(i).Zeros(6);
+  segmentsAndTable.Word(3).Zeros(2);
+  const Bytes& wanted = segmentsAndTable.bytes;
+  const uint32_t emptyPec = PecOffset(withEmpty);
+  ASSERT_TRUE(emptyPec >= wanted.size() && emptyPec + 560 < withEmpty.size());
+  EXPECT_EQ(Bytes(withEmpty.begin() + emptyPec - static_cast<ptrdiff_t>(wanted.size()), withEmpty.begin() + emptyPec),
+            wanted);
+  // From the corner: a jump (0, -50), then (100, 0), a change, the zero
+  // stitch, a change, (0, 50), a change, (-100, 0) and the end mark.
+  const Bytes stream = {0xA0, 0x00, 0xA0, 0x32, 0x80, 0x64, 0x00, 0xFE, 0xB0, 0x02, 0x00, 0x00, 0xFE,
+                        0xB0, 0x01, 0x00, 0x4E, 0xFE, 0xB0, 0x02, 0x8F, 0x9C, 0x00, 0xFF};
+  EXPECT_EQ(Bytes(withEmpty.begin() + emptyPec + 528, withEmpty.begin() + emptyPec + 528 + 24), stream);
 }
 
 // What the reader makes of the written design: the turn the file holds, a
@@ -290,6 +320,41 @@ TEST(PesWriter, RealFileWrittenAgainKeepsStitchesAndColours) {
   }
 }
 
+// The first byte of the composite follows the stitches' end mark, and readers
+// that stop only at FF 00 read on unless it is 0: no picture uses row 0.
+TEST(PesWriter, RealSamplesLeaveTheFirstThumbnailRowClear) {
+  size_t samples = 0;
+  for (const auto& entry : std::filesystem::directory_iterator(FENNICK_TEST_DATA)) {
+    const std::string name = entry.path().filename().string(), extension = entry.path().extension().string();
+    const FormatEntry* format = FindFormat(FormatFromExtension(extension.empty() ? "" : extension.substr(1)));
+    if (!entry.is_regular_file() || format == nullptr || format->read == nullptr) continue;
+    ++samples;
+    // Turned half round, a design's first stitches lie near the top, where a
+    // line from the corner runs flat along row 0.
+    for (const int quarters : {0, 2}) {
+      for (const bool pes5 : {false, true}) {
+        SCOPED_TRACE(name + (quarters != 0 ? " turned" : "") + (pes5 ? ", pes5" : ", plain"));
+        Design design;
+        design.name = name;  // as ReadDesignFile names it; the VIP reader looks at it
+        ASSERT_TRUE(test::ReadSample(format->read, design, name));
+        for (int i = 0; i < quarters; ++i) design.RotateQuarter(1);
+        design.ComputeBounds();
+        const Bytes file = Write(design, pes5);
+        const uint32_t pec = PecOffset(file);
+        ASSERT_LT(pec + 528u, file.size());
+        const uint32_t length = file[pec + 514] | file[pec + 515] << 8 | file[pec + 516] << 16;
+        ASSERT_EQ(file.at(pec + 511 + length), 0xFF);
+        for (size_t image = 0; image < file[pec + 48] + 2u; ++image) {
+          const auto row = file.begin() + pec + 512 + length + 228 * static_cast<ptrdiff_t>(image);
+          ASSERT_LE(row + 6, file.end());
+          EXPECT_EQ(Bytes(row, row + 6), Bytes(6, 0)) << "image " << image;
+        }
+      }
+    }
+  }
+  EXPECT_GT(samples, 20u);
+}
+
 TEST(PesWriter, NothingWithoutColoursAndFailureWithoutStitches) {
   Design noColors;
   test::SetNodes(noColors, {{0, 0, 0}, {10, 10, 0}});
@@ -344,9 +409,25 @@ TEST(PesHeaderThreadsWriter, BrandsAppliqueAndSharedRecords) {
   branded.rgb = ColorRef(1, 2, 4);
   branded.brand = "Sulky Rayon";
   branded.chartIndex = 0x1100;
-  design.threads = {palette, applique, palette, branded};
-  EXPECT_EQ(BuildHeaderThreads(design), (std::vector<int>{0, 1, 0, 2}));
-  ASSERT_EQ(design.fileThreads.size(), 3u);
+  // Country threads keep the palette position a reader names them by: the
+  // description of a read record, or the code of the nearest chart entry.
+  ThreadColor countryRead;
+  countryRead.rgb = ColorRef(231, 2, 104);  // Country "Red"; the nearest palette colour is Dark Fuschia, 51
+  countryRead.brand = "Country";
+  countryRead.description = "5";
+  countryRead.chartIndex = 0x200;
+  ThreadColor countryByColor;
+  countryByColor.rgb = ColorRef(230, 5, 100);
+  countryByColor.chartIndex = 0x200;
+  design.threads = {palette, applique, palette, branded, countryRead, countryByColor};
+  EXPECT_EQ(BuildHeaderThreads(design), (std::vector<int>{0, 1, 0, 2, 3, 3}));
+  for (size_t i = 4; i < 6; ++i) {
+    const ThreadColor& country = design.threads[i];
+    EXPECT_EQ(std::tie(country.description, country.catalogNumber, country.brand, country.rgb, country.threadKind),
+              std::make_tuple("5", PecStandardNumber(5), "COUNTRY", ColorRef(231, 2, 104), 11))
+        << i;
+  }
+  ASSERT_EQ(design.fileThreads.size(), 4u);
   EXPECT_EQ(design.fileThreads[0].brand, "EMBROIDERY");
   EXPECT_EQ(design.fileThreads[0].description, "5");
   EXPECT_EQ(design.fileThreads[0].catalogNumber, PecStandardNumber(5));

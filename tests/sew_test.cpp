@@ -136,19 +136,29 @@ TEST(SewReader, PairCodesAndEndSteps) {
   EXPECT_EQ(design.threads[0].colorName, "Red");
   EXPECT_EQ(design.threads[1].colorName, "Black");
   EXPECT_EQ(design.threads[2].rgb, ColorRef(255, 255, 255));
+
+  // A change before the first stitch goes with its thread, so the stitches keep their own colour.
+  ASSERT_TRUE(ReadSew(design, test::AsReaderInput(SewFile({10, 1, 2}, {0x80, 0x01, 0x00, 0x00, 0x0A, 0x00, 0x80, 0x10}))));
+  ASSERT_EQ(design.threads.size(), 2u);
+  EXPECT_EQ(design.threads[0].colorName, "Black");
 }
 
 TEST(SewReader, ShortFilesHaveThreadsButNoStitches) {
   // The buffer counts the added zero: one pair is read only from a file of
-  // 7546 bytes on.
-  const std::vector<std::pair<size_t, size_t>> cases = {{7544, 0}, {7545, 0}, {7546, 2}, {7548, 3}};
-  for (const auto& [length, nodes] : cases) {
-    std::vector<uint8_t> bytes = SewFile({10}, {0x05, 0x00, 0x06, 0x00, 0x07, 0x00});
+  // 7546 bytes on. The stitch count shown never goes below 0, though the
+  // threads outnumber the nodes.
+  const struct {
+    size_t length, nodes;
+    int64_t shown;
+  } cases[] = {{7544, 0, 0}, {7545, 0, 0}, {7546, 2, 0}, {7548, 3, 1}};
+  for (const auto& [length, nodes, shown] : cases) {
+    std::vector<uint8_t> bytes = SewFile({10, 1, 2}, {0x05, 0x00, 0x06, 0x00, 0x07, 0x00});
     bytes.resize(length);
     Design design;
     ASSERT_TRUE(ReadSew(design, test::AsReaderInput(bytes)));
-    EXPECT_EQ(design.threads.size(), 1u) << length;
+    EXPECT_EQ(design.threads.size(), 3u) << length;
     EXPECT_EQ(design.stitches.Size(), nodes) << length;
+    EXPECT_EQ(design.DisplayedStitchCount(), shown) << length;
   }
 }
 

@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "core/design.h"
+#include "core/user_interface.h"
 
 namespace fennick::test {
 
@@ -85,6 +86,22 @@ size_t CountMissing(const Points& points, const std::set<Point>& within) {
   for (const Point& point : points) missing += within.count(point) == 0 ? 1 : 0;
   return missing;
 }
+
+// Stands in for the user while it lives: every message box answers OK, and
+// its text is kept in `lines`.
+class Messages : public UserInterface {
+ public:
+  Messages() { SetUserInterface(this); }
+  ~Messages() override { SetUserInterface(nullptr); }
+  Messages(const Messages&) = delete;
+  Messages& operator=(const Messages&) = delete;
+  MessageAnswer ShowMessage(const std::string& text, const std::string&, MessageButtons) override {
+    lines.push_back(text);
+    return MessageAnswer::kOk;
+  }
+  void SetWaitCursor(bool) override {}
+  std::vector<std::string> lines;
+};
 
 // A fresh folder under the system's temporary folder, removed at the end. For
 // its lifetime it is $HOME, $XDG_CONFIG_HOME is its "config" and

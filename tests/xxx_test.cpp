@@ -193,6 +193,28 @@ TEST(XxxSamples, MatchTheSameDesignInDst) {
   EXPECT_EQ(star.threads.size(), 2u);
 }
 
+TEST(XxxSamples, AnOffsetThatDoesNotPointPastTheStitchDataIsNotFollowed) {
+  // Geometric_objects ends its stream with the end code, Star with the trailer.
+  for (const char* name : {"geometric_objects.xxx", "Star.xxx"}) {
+    const std::vector<uint8_t> file = test::ReadTestFile(name);
+    Design original;
+    ASSERT_TRUE(ReadXxx(original, test::AsReaderInput(file)));
+    // None at all, into the stitch data, beyond the file.
+    for (const size_t offset : {size_t{0}, size_t{300}, file.size() + 4}) {
+      std::vector<uint8_t> bytes = file;
+      ByteWriter(bytes).PatchU32LE(252, static_cast<uint32_t>(offset));
+      Design design;
+      ASSERT_TRUE(ReadXxx(design, test::AsReaderInput(bytes)));
+      ASSERT_EQ(design.threads.size(), original.threads.size()) << name << " " << offset;
+      for (size_t i = 0; i < design.threads.size(); ++i) {
+        EXPECT_EQ(design.threads[i].colorName, original.threads[i].colorName) << name << " " << offset;
+      }
+      EXPECT_EQ(test::FromFirst(test::NeedlePath(design)), test::FromFirst(test::NeedlePath(original)))
+          << name << " " << offset;
+    }
+  }
+}
+
 TEST(XxxReader, EveryTruncationReadsSafely) {
   const std::vector<uint8_t> file = test::ReadTestFile("Star.xxx");
   for (const size_t length : test::CutLengths(file.size())) {

@@ -1,6 +1,7 @@
 #include "tools/save_pipeline.h"
 
 #include <algorithm>
+#include <cctype>
 #include <ctime>
 #include <span>
 #include <string>
@@ -61,6 +62,17 @@ void ShowSaveError(const std::string& text) {
   CurrentUserInterface().ShowMessage(text, kSaveErrorCaption, MessageButtons::kOk);
 }
 
+// A failure of the system (a missing folder, no permission, a full disk)
+// adds its reason, so that the user knows what to change.
+void ShowNotSaved(const std::string& name, std::string cause) {
+  std::string text = name + " could not be saved.";
+  if (!cause.empty()) {
+    cause[0] = static_cast<char>(std::toupper(static_cast<unsigned char>(cause[0])));
+    text += " " + cause + (cause.back() == '.' ? "" : ".");
+  }
+  ShowSaveError(text);
+}
+
 int WriteMode(int flag) { return flag == 0 ? (kWriteFreeName | kWriteNoDialog) : kWriteNoDialog; }
 
 // The format a name is saved in, with the name's extension changed where the
@@ -80,8 +92,9 @@ int SaveNotes(const Design& design, DesignPath path, std::vector<DesignPath>* ou
   path.ChangeExtension(".Txt");
   const std::span<const uint8_t> bytes(reinterpret_cast<const uint8_t*>(text.data()), text.size());
   // A file that cannot be written is a failure like any other, not a saved file.
-  if (WriteFileBlock(bytes, path, WriteMode(flag)) != 0) {
-    ShowSaveError(path.ToString() + " could not be saved.");
+  std::string cause;
+  if (WriteFileBlock(bytes, path, WriteMode(flag), &cause) != 0) {
+    ShowNotSaved(path.ToString(), cause);
     return 0;
   }
   if (outputList != nullptr) outputList->push_back(path);
@@ -282,13 +295,14 @@ int SaveDesign(Design& design, std::vector<DesignPath>* outputList, int flag,
     }
     const std::string pieceName = piece.name;
     if (WriteDesignFile(piece, bytes, format) == 0) {
-      ShowSaveError(pieceName + " could not be saved.");
+      ShowNotSaved(pieceName, "");
       break;
     }
     DesignPath writtenPath(piece.name);
     // A file that cannot be written ends the save like a writer that gives no bytes.
-    if (WriteFileBlock(bytes, writtenPath, WriteMode(flag)) != 0) {
-      ShowSaveError(pieceName + " could not be saved.");
+    std::string cause;
+    if (WriteFileBlock(bytes, writtenPath, WriteMode(flag), &cause) != 0) {
+      ShowNotSaved(pieceName, cause);
       break;
     }
     rest.name = writtenPath.ToString();
