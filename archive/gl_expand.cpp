@@ -15,7 +15,6 @@ constexpr int kCTableBits = 12;
 constexpr int kPtTableBits = 8;
 constexpr int kTreeNodes = 2 * kGlCSymbols - 1;  // 1,021
 constexpr int kMaxEmptyReads = 5;
-constexpr int kEmptyReadsAfterError = 10;
 
 constexpr const char* kInternal1 = "Internal 1 error in Greenleaf Decompression routine";
 constexpr const char* kInternal2 = "Internal 2 error in Greenleaf Decompression routine";

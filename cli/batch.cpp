@@ -145,7 +145,8 @@ void Run(Job& job, const ConversionSettings& settings, FormatCode format) {
   design.name = job.output;
   std::vector<DesignPath> written;
   currentJob = &job;
-  const int files = SaveDesign(design, &written, 0, &settings);
+  // Written in place: a design the hoop fit refuses is left as it was, for the hint.
+  const int files = SaveDesign(std::move(design), &written, 0, &settings);
   currentJob = nullptr;
   for (const DesignPath& path : written) job.written.push_back(path.ToString());
   // A split whose later piece fails has written files and still failed.

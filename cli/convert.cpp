@@ -1,5 +1,6 @@
 #include <charconv>
 #include <iostream>
+#include <utility>
 
 #include "cli/commands.h"
 #include "core/design_path.h"
@@ -145,7 +146,8 @@ int RunConvert(const Arguments& arguments) {
   design.name = output;
   std::vector<DesignPath> written;
   // A named output file is replaced, as every command here does.
-  if (SaveDesign(design, &written, 1, &settings) == 0) {
+  // Written in place: a design the hoop fit refuses is left as it was, for the hint.
+  if (SaveDesign(std::move(design), &written, 1, &settings) == 0) {
     if (const std::string hint = HoopHint(design, settings, format); !hint.empty()) ReportError(output, hint);
     return 1;
   }

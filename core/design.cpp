@@ -98,6 +98,13 @@ Design& Design::operator=(const Design& other) {
   return *this;
 }
 
+void Design::DropFileFields() {
+  fileThreads.clear();
+  formatVersion = 0;
+  hoopWidth = 0;
+  hoopHeight = 0;
+}
+
 void Design::Clear() {
   threads.clear();
   stitches.Clear();
@@ -127,7 +134,14 @@ StitchPoint Design::ComputeBounds(StitchNode* start) {
 
 StitchPoint Design::Centre(StitchNode* start) {
   if (stitches.Empty()) return {};
-  StitchPoint end = ComputeBounds(start);
+  return CentreOnBounds(start, ComputeBounds(start));
+}
+
+void Design::CentreOnCurrentBounds() {
+  if (!stitches.Empty()) CentreOnBounds(nullptr, {});
+}
+
+StitchPoint Design::CentreOnBounds(StitchNode* start, StitchPoint end) {
   const int32_t cx = Wrap32((int64_t{maxX} + minX) / 2);
   const int32_t cy = Wrap32((int64_t{maxY} + minY) / 2);
   StitchNode* first = start != nullptr ? start : stitches.Head();

@@ -98,6 +98,9 @@ class Design {
   Design(Design&&) noexcept = default;
   Design& operator=(Design&&) noexcept = default;
   ~Design() = default;
+  // Drops what a copy would not carry, so that the design stands for a copy
+  // of itself where making one is not worth its cost.
+  void DropFileFields();
 
   std::string name;  // path in the text form of DesignPath
   StitchList stitches;
@@ -129,6 +132,9 @@ class Design {
   // Moves the design onto the origin; an odd width keeps its extra unit on the
   // plus side of x, an odd height on the minus side of y.
   StitchPoint Centre(StitchNode* start = nullptr);
+  // Centre for a design whose bounds are current: the same move, without
+  // walking the design to measure it again.
+  void CentreOnCurrentBounds();
   // Folds runs of jumps; with keepStitches false a jump also swallows the one
   // stitch after it.
   void MergeJumps(bool keepStitches);
@@ -154,6 +160,11 @@ class Design {
 
   // The stitch count a user is shown: nodes less threads plus one.
   int64_t DisplayedStitchCount() const;
+
+ private:
+  // Moves the box of the current bounds onto the origin through `start` (or
+  // the head); `end` is the end point, moved along.
+  StitchPoint CentreOnBounds(StitchNode* start, StitchPoint end);
 };
 
 // FormatDefaultPalette: the colours of readers whose format has none.

@@ -1,6 +1,7 @@
 #include "formats/dst.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -38,14 +39,33 @@ constexpr AxisBits kYBits{{{0, 0x80}, {1, 0x80}, {0, 0x20}, {1, 0x20}, {2, 0x20}
                           {{0, 0x40}, {1, 0x40}, {0, 0x10}, {1, 0x10}, {2, 0x10}}};
 constexpr int32_t kPowers[5] = {1, 3, 9, 27, 81};
 
-// Each bit counts on its own, so a plus and a minus bit of one power cancel.
-int32_t DecodeAxis(const uint8_t record[3], const AxisBits& bits) {
-  int32_t value = 0;
-  for (int i = 0; i < 5; ++i) {
-    if (record[bits.plus[i].byte] & bits.plus[i].mask) value += kPowers[i];
-    if (record[bits.minus[i].byte] & bits.minus[i].mask) value -= kPowers[i];
+// Each bit counts on its own, so a plus and a minus bit of one power cancel:
+// what a byte adds to an axis is therefore a function of that byte alone, and
+// a record decodes by three look-ups an axis.
+using ByteValues = std::array<std::array<std::array<int8_t, 256>, kRecordSize>, 2>;  // [axis][byte][value]
+constexpr ByteValues MakeByteValues() {
+  ByteValues values{};
+  const AxisBits* axes[2] = {&kXBits, &kYBits};
+  for (size_t axis = 0; axis < 2; ++axis) {
+    for (size_t byte = 0; byte < kRecordSize; ++byte) {
+      for (int value = 0; value < 256; ++value) {
+        int sum = 0;
+        for (int i = 0; i < 5; ++i) {
+          const AxisBit plus = axes[axis]->plus[i], minus = axes[axis]->minus[i];
+          if (plus.byte == byte && (value & plus.mask) != 0) sum += kPowers[i];
+          if (minus.byte == byte && (value & minus.mask) != 0) sum -= kPowers[i];
+        }
+        values[axis][byte][static_cast<size_t>(value)] = static_cast<int8_t>(sum);
+      }
+    }
   }
-  return value;
+  return values;
+}
+constexpr ByteValues kByteValues = MakeByteValues();
+
+int32_t DecodeAxis(const uint8_t record[3], size_t axis) {
+  const auto& values = kByteValues[axis];
+  return values[0][record[0]] + values[1][record[1]] + values[2][record[2]];
 }
 
 void EncodeAxis(int32_t d, uint8_t record[3], const AxisBits& bits) {
@@ -99,7 +119,7 @@ bool ReadDst(Design& design, std::span<const uint8_t> bytes) {
       if (record[2] & kColorChangeBit) {
         design.AppendThread(DefaultPaletteColor(DefaultPaletteIndex(design.threads.size())));
       }
-      design.stitches.PushBack(DecodeAxis(record, kXBits), DecodeAxis(record, kYBits),
+      design.stitches.PushBack(DecodeAxis(record, 0), DecodeAxis(record, 1),
                                (record[2] & kJumpBit) ? STITCH_JUMP : 0);
     }
   }

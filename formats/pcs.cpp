@@ -16,7 +16,6 @@ constexpr size_t kRecordSize = 9;
 constexpr size_t kColorCountOffset = 2;
 constexpr size_t kColorTableOffset = 4;
 constexpr size_t kTableColors = 16;
-constexpr size_t kNodeCountOffset = kColorTableOffset + 4 * kTableColors;  // 68
 constexpr size_t kMaxNodes = 32767;  // the reader takes the count as signed 16 bits
 constexpr size_t kSuggestedSplit = 32000;
 constexpr uint8_t kFileMark = 0x32;

@@ -373,8 +373,9 @@ int WritePlain(Design& design, std::vector<uint8_t>& out) {
     Turn(design, hoop.turn);
     design.hoopRotation = hoop.turn;
   }
+  // Every piece of a cut move lands within the box of that move, so the
+  // bounds that Turn measured still stand.
   CutLongMoves(design);
-  design.ComputeBounds();
   design.stitches.Head()->flags &= ~STITCH_JUMP;
   CentreThroughFirstNode(design);
 
@@ -434,12 +435,21 @@ int WriteRealColors(Design& design, std::vector<uint8_t>& out) {
   head->dx = Wrap32(int64_t{head->dx} + w / 2);
   head->dy = Wrap32(int64_t{head->dy} - h / 2);
   head->flags = (head->flags | STITCH_JUMP) & ~STITCH_COLORSTOP;
+  // Every piece of a split move lands within the box of that move.
   design.SplitLongStitches(kLongestMove, 0, true);
 
   const std::vector<uint8_t> indices = PaletteIndices(design, true);
   std::vector<uint8_t> pec;
   const size_t thumbnails = AppendPecBlock(pec, design, {LabelStem(design), indices, true, true});
-  Turn(design, -hoop.turn);
+  if (hoop.turn != 0) {
+    Turn(design, -hoop.turn);
+  } else {
+    // The whole design moved to the corner with its head: so did its box.
+    design.maxX = Wrap32(int64_t{design.maxX} + w / 2);
+    design.minX = Wrap32(int64_t{design.minX} + w / 2);
+    design.maxY = Wrap32(int64_t{design.maxY} - h / 2);
+    design.minY = Wrap32(int64_t{design.minY} - h / 2);
+  }
 
   const StitchNode& first = *design.stitches.Head();
   const int32_t halfW = Width(design) / 2, halfH = Height(design) / 2;
@@ -454,7 +464,7 @@ int WriteRealColors(Design& design, std::vector<uint8_t>& out) {
   WriteColorTable(writer, starts, colors, true);
   writer.PatchU32LE(8, static_cast<uint32_t>(out.size()));
 
-  design.Centre();  // the pictures are fitted around (0, 0)
+  design.CentreOnCurrentBounds();  // the pictures are fitted around (0, 0)
   RenderPecThumbnails(design, std::span<uint8_t>(pec).subspan(thumbnails));
   writer.Bytes(pec);
 

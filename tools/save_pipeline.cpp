@@ -124,7 +124,7 @@ int FitDesignToHoop(Design& design, const ConversionSettings& settings) {
     design.ComputeBounds();
     if (int64_t{design.maxX} - design.minX <= hoopWidthUnits &&
         int64_t{design.maxY} - design.minY <= hoopHeightUnits) {
-      design.Centre();
+      design.CentreOnCurrentBounds();
       return 0;
     }
     design.minX = minX;
@@ -257,8 +257,12 @@ Design SplitDesign(Design& design, int32_t stitchLimit, int32_t colorLimit) {
   return result;
 }
 
-int SaveDesign(Design& design, std::vector<DesignPath>* outputList, int flag,
-               const ConversionSettings* settings) {
+namespace {
+
+// Both forms of SaveDesign: with `keep`, the pieces are written from a copy
+// and the caller's design stays the fitted one.
+int Save(Design& design, std::vector<DesignPath>* outputList, int flag, const ConversionSettings* settings,
+         bool keep) {
   DesignPath path(design.name);
   const int format = SaveFormat(path);
   design.name = path.ToString();
@@ -276,7 +280,13 @@ int SaveDesign(Design& design, std::vector<DesignPath>* outputList, int flag,
     ShowSaveError(design.name + " is too big for the current hoop.");
     return 0;
   }
-  Design piece(design);
+  Design copy;
+  if (keep) {
+    copy = design;
+  } else {
+    design.DropFileFields();  // as a copy would be
+  }
+  Design& piece = keep ? copy : design;
   if (piece.stitches.Empty()) return 0;
 
   const int32_t stitchLimit = conversion.splitStitches != 0 ? conversion.stitchLimit : 0;
@@ -311,6 +321,16 @@ int SaveDesign(Design& design, std::vector<DesignPath>* outputList, int flag,
     ++written;
   }
   return written;
+}
+
+}  // namespace
+
+int SaveDesign(Design& design, std::vector<DesignPath>* outputList, int flag, const ConversionSettings* settings) {
+  return Save(design, outputList, flag, settings, true);
+}
+
+int SaveDesign(Design&& design, std::vector<DesignPath>* outputList, int flag, const ConversionSettings* settings) {
+  return Save(design, outputList, flag, settings, false);
 }
 
 }  // namespace fennick

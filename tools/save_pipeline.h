@@ -37,5 +37,9 @@ FormatCode SavedFormat(FormatCode code);
 // files written, 0 when none was; failures are shown under "Save Error".
 int SaveDesign(Design& design, std::vector<DesignPath>* outputList, int flag,
                const ConversionSettings* settings);
+// The same for a caller that is done with the design: it is written in place,
+// without a copy, and is left as the writers leave it. A design refused by the
+// hoop fit is left unchanged.
+int SaveDesign(Design&& design, std::vector<DesignPath>* outputList, int flag, const ConversionSettings* settings);
 
 }  // namespace fennick
