@@ -46,17 +46,25 @@ FileRead ReadWholeFile(const std::string& path, std::vector<uint8_t>& bytes, siz
   if (S_ISDIR(info.st_mode)) return Fail(error, EISDIR), FileRead::kFailed;
   if (!S_ISREG(info.st_mode)) return Fail(error, EINVAL), FileRead::kFailed;
   if (static_cast<uint64_t>(info.st_size) > maxSize) return Fail(error, EFBIG), FileRead::kFailed;
+  // One byte more than the file, for the terminator callers such as
+  // ReadDesignFile add: a large file is then never copied to grow.
+  bytes.reserve(static_cast<size_t>(info.st_size) + 1);
   bytes.resize(static_cast<size_t>(info.st_size));
   size_t done = 0;
   while (true) {
-    // At the expected end one more read tells whether the file grew since fstat.
-    if (done == bytes.size()) bytes.resize(done + (done < maxSize ? std::min<size_t>(maxSize - done, 65536) : 1));
-    const ssize_t got = read(fd.Get(), bytes.data() + done, bytes.size() - done);
+    uint8_t probe = 0;
+    // At the expected end a one-byte read tells whether the file grew since fstat.
+    const bool atEnd = done == bytes.size();
+    const ssize_t got = atEnd ? read(fd.Get(), &probe, 1) : read(fd.Get(), bytes.data() + done, bytes.size() - done);
     if (got < 0 && errno == EINTR) continue;
     if (got < 0) return Fail(error, errno), FileRead::kFailed;
     if (got == 0) break;
+    if (atEnd) {
+      if (done >= maxSize) return Fail(error, EFBIG), FileRead::kFailed;
+      bytes.push_back(probe);
+      bytes.resize(done + 1 + std::min<size_t>(maxSize - done - 1, 65536));
+    }
     done += static_cast<size_t>(got);
-    if (done > maxSize) return Fail(error, EFBIG), FileRead::kFailed;
   }
   bytes.resize(done);
   return FileRead::kOk;
