@@ -59,10 +59,29 @@ Hoop PickRealColorHoop(int32_t w, int32_t h) {
 int32_t Width(const Design& design) { return Wrap32(int64_t{design.maxX} - design.minX); }
 int32_t Height(const Design& design) { return Wrap32(int64_t{design.maxY} - design.minY); }
 
-// Turns by `direction` quarters, if any, and leaves the bounds current.
-void Turn(Design& design, int direction) {
+// Turns by `direction` quarters, if any, and leaves the bounds current. A
+// quarter turn maps every point exactly, so bounds that are current and hold
+// the origin (so that no starting value of the measure stands in them) turn
+// with the design instead of being measured again.
+void Turn(Design& design, int direction, bool boundsCurrent = false) {
+  if (direction == 0 && boundsCurrent) return;
+  const int32_t maxX = design.maxX, minX = design.minX, maxY = design.maxY, minY = design.minY;
   if (direction != 0) design.RotateQuarter(direction);
-  design.ComputeBounds();
+  constexpr int32_t kFar = 1 << 30;  // negating stays within 32 bits
+  if (!boundsCurrent || minX > 0 || maxX < 0 || minY > 0 || maxY < 0 || minX < -kFar || maxX > kFar ||
+      minY < -kFar || maxY > kFar) {
+    design.ComputeBounds();
+  } else if (direction >= 1) {
+    design.maxX = maxY;
+    design.minX = minY;
+    design.maxY = -minX;
+    design.minY = -maxX;
+  } else {
+    design.maxX = -minY;
+    design.minX = -maxY;
+    design.maxY = maxX;
+    design.minY = minX;
+  }
 }
 
 // Moves the box onto (0, 0) through the first node alone, with the odd unit
@@ -370,7 +389,7 @@ int WritePlain(Design& design, std::vector<uint8_t>& out) {
   Turn(design, -design.fitRotation);
   const Hoop hoop = PickPlainHoop(Width(design), Height(design));
   if (hoop.turn != 0) {
-    Turn(design, hoop.turn);
+    Turn(design, hoop.turn, true);
     design.hoopRotation = hoop.turn;
   }
   // Every piece of a cut move lands within the box of that move, so the
@@ -382,7 +401,7 @@ int WritePlain(Design& design, std::vector<uint8_t>& out) {
   const std::vector<uint8_t> indices = PaletteIndices(design, hoop.code == 4);
   std::vector<uint8_t> pec;
   const size_t thumbnails = AppendPecBlock(pec, design, {LabelStem(design), indices, false, false});
-  if (hoop.turn != 0) Turn(design, -hoop.turn);
+  Turn(design, -hoop.turn, true);
 
   const StitchNode& first = *design.stitches.Head();
   const int32_t w = Width(design), h = Height(design);
@@ -426,7 +445,7 @@ int WriteRealColors(Design& design, std::vector<uint8_t>& out) {
                                       [&](const ThreadColor& t) { return t.rgb == thread.rgb && t.chart == thread.chart; });
     thread.chartIndex = earlier != design.threads.begin() + static_cast<ptrdiff_t>(i) ? earlier->chartIndex : nextNumber++;
   }
-  if (hoop.turn != 0) Turn(design, hoop.turn);
+  Turn(design, hoop.turn, true);
   design.hoopRotation = hoop.turn;
   CentreThroughFirstNode(design);
 
@@ -441,15 +460,12 @@ int WriteRealColors(Design& design, std::vector<uint8_t>& out) {
   const std::vector<uint8_t> indices = PaletteIndices(design, true);
   std::vector<uint8_t> pec;
   const size_t thumbnails = AppendPecBlock(pec, design, {LabelStem(design), indices, true, true});
-  if (hoop.turn != 0) {
-    Turn(design, -hoop.turn);
-  } else {
-    // The whole design moved to the corner with its head: so did its box.
-    design.maxX = Wrap32(int64_t{design.maxX} + w / 2);
-    design.minX = Wrap32(int64_t{design.minX} + w / 2);
-    design.maxY = Wrap32(int64_t{design.maxY} - h / 2);
-    design.minY = Wrap32(int64_t{design.minY} - h / 2);
-  }
+  // The whole design moved to the corner with its head: so did its box.
+  design.maxX = Wrap32(int64_t{design.maxX} + w / 2);
+  design.minX = Wrap32(int64_t{design.minX} + w / 2);
+  design.maxY = Wrap32(int64_t{design.maxY} - h / 2);
+  design.minY = Wrap32(int64_t{design.minY} - h / 2);
+  Turn(design, -hoop.turn, true);
 
   const StitchNode& first = *design.stitches.Head();
   const int32_t halfW = Width(design) / 2, halfH = Height(design) / 2;
