@@ -14,8 +14,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::vector<uint8_t> Bytes(const std::string& text) { return {text.begin(), text.end()}; }
-
 std::vector<uint8_t> Counting(size_t count) {
   std::vector<uint8_t> bytes(count);
   for (size_t i = 0; i < count; ++i) bytes[i] = static_cast<uint8_t>(i * 7 + 1);
@@ -53,7 +51,7 @@ TEST(ALStatus, TextsDetailAndClear) {
 }
 
 TEST(Crc32, RunningRegisterIsNotInverted) {
-  const std::vector<uint8_t> check = Bytes("123456789");
+  const std::vector<uint8_t> check = test::ToBytes("123456789");
   // The published CRC-32 of "123456789" is 0xCBF43926; the register holds its complement.
   EXPECT_EQ(Crc32Update(kCrc32Start, check), 0x340BC6D9u);
   EXPECT_EQ(Crc32Update(Crc32Update(kCrc32Start, std::span(check).first(4)), std::span(check).subspan(4)), 0x340BC6D9u);
@@ -125,14 +123,14 @@ TEST(ALMemory, CrcAndMonitorFollowEachLoadAndFlush) {
   memory.SetCrcEnabled(true);
   memory.monitor = &recorder;
   memory.Create();
-  memory.WriteBuffer(Bytes("123456789"));
+  memory.WriteBuffer(test::ToBytes("123456789"));
   memory.Close();
   EXPECT_EQ(memory.GetCrc32(), 0x340BC6D9u);
   EXPECT_EQ(recorder.positions, (std::vector<long>{4, 8, 9}));
 
   recorder.positions.clear();
   memory.Open();
-  EXPECT_EQ(ReadAll(memory), Bytes("123456789"));
+  EXPECT_EQ(ReadAll(memory), test::ToBytes("123456789"));
   EXPECT_EQ(memory.GetCrc32(), 0x340BC6D9u);
   EXPECT_EQ(recorder.positions, (std::vector<long>{4, 8, 9}));
 }
@@ -154,29 +152,26 @@ TEST(ALMemory, OwnedBlockGrowsBySteps) {
 template <typename Memory>
 void ExpectUserBlockRefusesToGrow(Memory& memory, const char* kind, std::span<const uint8_t> block) {
   ASSERT_EQ(memory.Create(), 0);
-  EXPECT_EQ(memory.WriteBuffer(Bytes("abcd")), 4u);  // all still in the storage buffer
+  EXPECT_EQ(memory.WriteBuffer(test::ToBytes("abcd")), 4u);  // all still in the storage buffer
   EXPECT_EQ(memory.Close(), AL_CANT_ALLOCATE_MEMORY);
   EXPECT_EQ(memory.status.GetStatusDetail(),
             std::string("Attempt to write past the end of a user owned buffer for ") + kind + " user");
-  EXPECT_EQ(Bytes(std::string(block.begin(), block.end())), Bytes("123"));
+  EXPECT_EQ(std::vector<uint8_t>(block.begin(), block.end()), test::ToBytes("123"));
   EXPECT_EQ(memory.Open(), AL_CANT_ALLOCATE_MEMORY);
   EXPECT_EQ(memory.ReadChar(), AL_CANT_ALLOCATE_MEMORY);
   EXPECT_EQ(memory.WriteChar(1), AL_CANT_ALLOCATE_MEMORY);
   memory.ClearError();
   ASSERT_EQ(memory.Create(), 0);
-  EXPECT_EQ(memory.WriteBuffer(Bytes("xyz")), 3u);
+  EXPECT_EQ(memory.WriteBuffer(test::ToBytes("xyz")), 3u);
   EXPECT_EQ(memory.Close(), 0);
-  EXPECT_EQ(Bytes(std::string(block.begin(), block.end())), Bytes("xyz"));
+  EXPECT_EQ(std::vector<uint8_t>(block.begin(), block.end()), test::ToBytes("xyz"));
 }
 
-TEST(ALMemory, UserBufferRefusesToGrow) {
-  std::vector<uint8_t> block = Bytes("123");
-  ALMemory memory("user", block, AL_EXACT_CASE, 8);
-  ExpectUserBlockRefusesToGrow(memory, "ALMemory", block);
-}
-
-TEST(ALWinMemory, UserHandleRefusesToGrowAndOwnedHandlesAreReleased) {
-  const GlobalHandle handle = GlobalAllocCopy(Bytes("123"));
+TEST(ALMemory, UserBlocksRefuseToGrowAndOwnedHandlesAreReleased) {
+  std::vector<uint8_t> block = test::ToBytes("123");
+  ALMemory user("user", block, AL_EXACT_CASE, 8);
+  ExpectUserBlockRefusesToGrow(user, "ALMemory", block);
+  const GlobalHandle handle = GlobalAllocCopy(test::ToBytes("123"));
   {
     ALWinMemory memory("user", handle, AL_EXACT_CASE, 8);
     ExpectUserBlockRefusesToGrow(memory, "ALWinMemory", std::span<const uint8_t>(GlobalLock(handle), 3));
@@ -243,7 +238,7 @@ TEST(ALFile, RoundTripThroughMissingFolders) {
 
 TEST(ALFile, OpenAndCreateFailuresNameTheErrno) {
   test::ScratchFolder folder;
-  folder.Write("plain", Bytes("x"));
+  folder.Write("plain", test::ToBytes("x"));
   fs::create_directory(folder.Path() / "folder");
   struct Row {
     std::string path;
@@ -281,8 +276,8 @@ TEST(ALFile, TemporaryNamesSkipTakenOnes) {
 
 TEST(ALFile, RenameBackupAndDelete) {
   test::ScratchFolder folder;
-  folder.Write("a.zip", Bytes("a"));
-  folder.Write("other", Bytes("o"));
+  folder.Write("a.zip", test::ToBytes("a"));
+  folder.Write("other", test::ToBytes("o"));
   const std::string zip = folder.File("a.zip");
   ALFile file(zip);
 
@@ -299,9 +294,9 @@ TEST(ALFile, RenameBackupAndDelete) {
   EXPECT_EQ(file.RenameToBackup(), 0);
   EXPECT_EQ(file.GetName(), folder.File("a.bak"));
   EXPECT_EQ(file.GetOldName(), zip);
-  EXPECT_EQ(folder.Read("a.bak"), Bytes("a"));
+  EXPECT_EQ(folder.Read("a.bak"), test::ToBytes("a"));
   EXPECT_EQ(file.UnRename(), 0);
-  EXPECT_EQ(folder.Read("a.zip"), Bytes("a"));
+  EXPECT_EQ(folder.Read("a.zip"), test::ToBytes("a"));
 
   EXPECT_EQ(file.Delete(), 0);
   EXPECT_FALSE(fs::exists(zip));

@@ -36,19 +36,6 @@ TEST(BmpFileImage, HeaderAndPixelWords) {
   EXPECT_EQ(BmpFileImage(bitmap), expected);
 }
 
-TEST(LoadBmp, ReadsBackWhatWasWritten) {
-  StitchBitmap written;
-  ASSERT_EQ(written.Create(5, 3), 0);
-  for (size_t i = 0; i < written.pixels.size(); ++i) written.pixels[i] = static_cast<uint32_t>(0x010203 * (i + 1));
-  test::ScratchFolder folder;
-  folder.Write("preview.bmp", BmpFileImage(written));
-  StitchBitmap read;
-  ASSERT_EQ(read.LoadBmpFile(folder.File("preview.bmp")), 0);
-  EXPECT_EQ(read.width, 5);
-  EXPECT_EQ(read.height, 3);
-  EXPECT_EQ(read.pixels, written.pixels);
-}
-
 // The 14-byte file header and a 40-byte info header, then the palette
 // (blue, green, red, spare each) and the pixel rows.
 std::vector<uint8_t> BmpFile(int32_t width, int32_t height, uint16_t depth, uint32_t colorsUsed,
@@ -81,6 +68,7 @@ TEST(LoadBmp, EveryDepthByHand) {
       // 0x7C1F: red and blue 31, times 8. The next pixel starts one byte on, at
       // 0x007C: green 3 and blue 28, times 8.
       {"16-bit", BmpFile(2, 1, 16, 0, {}, {0x1F, 0x7C, 0x00, 0x00}), {0xF800F8, 0x0018E0}},
+      {"32-bit, as the bitmap file is written", BmpFile(2, 1, 32, 0, {}, {1, 2, 3, 9, 4, 5, 6, 0}), {0x030201, 0x060504}},
   };
   for (const auto& c : cases) {
     StitchBitmap bitmap;
@@ -113,6 +101,9 @@ TEST(LoadBmp, BadFilesGiveTheirCodes) {
   StitchBitmap bitmap;
   EXPECT_EQ(bitmap.LoadBmpFile(folder.File("missing.bmp")), 1);
   EXPECT_EQ(bitmap.LoadBmpFile(folder.Path().string()), 1);  // a folder
+  folder.Write("good.bmp", good);
+  EXPECT_EQ(bitmap.LoadBmpFile(folder.File("good.bmp")), 0);
+  EXPECT_EQ(bitmap.pixels, std::vector<uint32_t>(16, 0x404040));
 
   // A cut pixel area over an older picture of the same size: what is there
   // is read (the fifth pixel has only its blue byte), the rest is black.

@@ -22,12 +22,6 @@ constexpr uint32_t S = STITCH_COLORSTOP;
 constexpr uint32_t J = STITCH_JUMP;
 constexpr int kNoStart = -1;
 
-Design MakeDesign(const NodeList& nodes) {
-  Design design;
-  test::SetNodes(design, nodes);
-  return design;
-}
-
 StitchNode* NodeAt(Design& design, int index) {
   if (index < 0) return nullptr;
   StitchNode* node = design.stitches.Head();
@@ -37,12 +31,7 @@ StitchNode* NodeAt(Design& design, int index) {
 
 Bounds BoundsOf(const Design& d) { return {d.maxX, d.maxY, d.minX, d.minY}; }
 
-void SetBounds(Design& d, const Bounds& b) {
-  d.maxX = b[0];
-  d.maxY = b[1];
-  d.minX = b[2];
-  d.minY = b[3];
-}
+void SetBounds(Design& d, const Bounds& b) { d.maxX = b[0], d.maxY = b[1], d.minX = b[2], d.minY = b[3]; }
 
 Point AsPair(StitchPoint p) { return {p.x, p.y}; }
 
@@ -51,9 +40,6 @@ std::vector<uint32_t> Flags(const Design& design) {
   for (const StitchNode& node : design.stitches) flags.push_back(node.flags);
   return flags;
 }
-
-// Colours are 0x00BBGGRR: red in the low byte.
-constexpr uint32_t Rgb(uint32_t r, uint32_t g, uint32_t b) { return r | (g << 8) | (b << 16); }
 
 // Threads "T0", "T1", ... so that copies and removals can be told apart.
 std::vector<ThreadColor> NumberedThreads(int count) {
@@ -85,7 +71,7 @@ TEST(DesignBounds, ComputeBounds) {
            Case{"start node counts from the origin", mixed, 1, {-30, -15}, {-30, 5, -30, -15}},
        }) {
     SCOPED_TRACE(c.name);
-    Design design = MakeDesign(c.nodes);
+    Design design = test::DesignOf(c.nodes);
     SetBounds(design, {1, 2, 3, 4});
     EXPECT_EQ(AsPair(design.ComputeBounds(NodeAt(design, c.start))), c.end);
     EXPECT_EQ(BoundsOf(design), c.bounds);
@@ -120,7 +106,7 @@ TEST(DesignCentre, MovesDesignOntoOriginAndBalancesOddSizes) {
                 {{7, 7, 0}, {12, 22, J}, {-9, -20, 0}, {-5, 0, 0}, {0, -5, 0}}, {3, 2, -2, -3}, {-3, -3}},
        }) {
     SCOPED_TRACE(c.name);
-    Design design = MakeDesign(c.nodes);
+    Design design = test::DesignOf(c.nodes);
     SetBounds(design, {1, 2, 3, 4});
     EXPECT_EQ(AsPair(design.Centre(NodeAt(design, c.start))), c.end);
     EXPECT_EQ(test::Nodes(design), c.expected);
@@ -150,7 +136,7 @@ TEST(DesignMergeJumps, FoldsJumpRuns) {
            Case{"empty", false, {}, {}},
        }) {
     SCOPED_TRACE(c.name);
-    Design design = MakeDesign(c.nodes);
+    Design design = test::DesignOf(c.nodes);
     design.MergeJumps(c.keepStitches);
     EXPECT_EQ(test::Nodes(design), c.expected);
   }
@@ -193,7 +179,7 @@ TEST(DesignSplitLongStitches, CutsMovesLongerThanMaxStep) {
                 {{-15536, 0, J}, {38512, 0, J}, {38512, 0, J}, {38512, 0, J}, {0, 0, 0}}},
        }) {
     SCOPED_TRACE(c.name);
-    Design design = MakeDesign(c.nodes);
+    Design design = test::DesignOf(c.nodes);
     design.SplitLongStitches(c.maxStep, 0, c.pureJumps);
     EXPECT_EQ(test::Nodes(design), c.expected);
   }
@@ -205,7 +191,7 @@ TEST(DesignRotateQuarter, TurnsMovesAndSwapsBoundsWithoutRecomputing) {
   for (const auto& [direction, expected] : std::vector<std::pair<int32_t, NodeList>>{
            {1, clockwise}, {2, clockwise}, {0, anticlockwise}, {-1, anticlockwise}}) {
     SCOPED_TRACE("direction " + std::to_string(direction));
-    Design design = MakeDesign({{3, 5, 0}, {-7, 2, J}, {0, -4, S}});
+    Design design = test::DesignOf({{3, 5, 0}, {-7, 2, J}, {0, -4, S}});
     SetBounds(design, {10, 20, -3, -4});
     design.RotateQuarter(direction);
     EXPECT_EQ(test::Nodes(design), expected);
@@ -214,7 +200,7 @@ TEST(DesignRotateQuarter, TurnsMovesAndSwapsBoundsWithoutRecomputing) {
 }
 
 TEST(DesignStripLeadingMoves, DropsLeadingJumpsAndEmptyMovesThenCentres) {
-  Design design = MakeDesign({{100, 100, J}, {0, 0, 0}, {0, 0, S}, {10, 0, 0}, {0, 6, 0}, {50, 0, J}, {1, 0, 0}});
+  Design design = test::DesignOf({{100, 100, J}, {0, 0, 0}, {0, 0, S}, {10, 0, 0}, {0, 6, 0}, {50, 0, J}, {1, 0, 0}});
   design.StripLeadingMoves();
   // Positions left: (10, 0) to (61, 6), cx 35, cy 3. The dropped moves are
   // not passed on; the later jump stays.
@@ -222,17 +208,16 @@ TEST(DesignStripLeadingMoves, DropsLeadingJumpsAndEmptyMovesThenCentres) {
   EXPECT_EQ(BoundsOf(design), (Bounds{26, 3, -25, -3}));
 
   // Each stop that goes takes the first thread with it; the last thread stays.
-  Design coloured = MakeDesign({{0, 0, S}, {5, 5, J}, {0, 0, S}, {10, 0, 0}, {0, 0, S}, {1, 0, 0}});
+  Design coloured = test::DesignOf({{0, 0, S}, {5, 5, J}, {0, 0, S}, {10, 0, 0}, {0, 0, S}, {1, 0, 0}});
   for (uint32_t rgb : {1u, 2u, 3u, 4u}) coloured.threads.emplace_back().rgb = rgb;
   coloured.StripLeadingMoves();
   ASSERT_EQ(coloured.threads.size(), 2u);
   EXPECT_EQ(coloured.threads[0].rgb, 3u);
-  Design stopsOnly = MakeDesign({{0, 0, S}, {0, 0, S}});
-  stopsOnly.threads.resize(2);
+  Design stopsOnly = test::DesignOf({{0, 0, S}, {0, 0, S}}, {0, 0});
   stopsOnly.StripLeadingMoves();
   EXPECT_EQ(stopsOnly.threads.size(), 1u);
 
-  Design onlyMoves = MakeDesign({{100, 100, J}, {0, 0, 0}, {5, 5, J}});
+  Design onlyMoves = test::DesignOf({{100, 100, J}, {0, 0, 0}, {5, 5, J}});
   SetBounds(onlyMoves, {1, 2, 3, 4});
   onlyMoves.StripLeadingMoves();
   EXPECT_TRUE(onlyMoves.stitches.Empty());
@@ -266,7 +251,7 @@ TEST(DesignNormalizeColorStops, MakesStopsPureAndThreadsMatch) {
            Case{"no threads", {{1, 0, S}, {2, 0, 0}, {3, 0, J}}, 0, 2, {{1, 0, S}, {2, 0, 0}, {3, 0, J}}, {}},
        }) {
     SCOPED_TRACE(c.name);
-    Design design = MakeDesign(c.nodes);
+    Design design = test::DesignOf(c.nodes);
     design.threads = NumberedThreads(c.threadCount);
     EXPECT_EQ(design.NormalizeColorStops(), c.result);
     EXPECT_EQ(test::Nodes(design), c.expected);
@@ -316,7 +301,7 @@ TEST(DesignComputeThreadStats, CountsLengthStartAndExtentPerColour) {
            Case{"no threads", {{3, 4, 0}}, 0, {}},
        }) {
     SCOPED_TRACE(c.name);
-    Design design = MakeDesign(c.nodes);
+    Design design = test::DesignOf(c.nodes);
     design.threads = NumberedThreads(c.threadCount);
     for (ThreadColor& t : design.threads) {
       t.stitchCount = t.threadLength = t.startX = t.startY = 99;
@@ -331,7 +316,7 @@ TEST(DesignComputeThreadStats, CountsLengthStartAndExtentPerColour) {
 }
 
 TEST(DesignAssignColorGroups, EqualBrandAnyCaseAndColourShareAGroup) {
-  const uint32_t red = Rgb(255, 0, 0), blue = Rgb(0, 0, 255);
+  const uint32_t red = ColorRef(255, 0, 0), blue = ColorRef(0, 0, 255);
   struct Entry {
     const char* brand;
     uint32_t rgb;
@@ -385,7 +370,7 @@ TEST(DesignReclassifyJumps, TurnsLongSatinAndStraightJumpsIntoStitches) {
            Case{"empty.pcs", {}, {}},
        }) {
     SCOPED_TRACE(c.name);
-    Design design = MakeDesign(c.nodes);
+    Design design = test::DesignOf(c.nodes);
     design.name = c.name;
     design.ReclassifyJumps();
     EXPECT_EQ(Flags(design), c.expected);
@@ -415,7 +400,7 @@ TEST(DesignAnalyseColor, FillsAnalysisSlots) {
        }) {
     SCOPED_TRACE(c.name);
     ThreadColor thread;
-    thread.rgb = Rgb(static_cast<uint32_t>(c.r), static_cast<uint32_t>(c.g), static_cast<uint32_t>(c.b));
+    thread.rgb = ColorRef(static_cast<uint8_t>(c.r), static_cast<uint8_t>(c.g), static_cast<uint8_t>(c.b));
     thread.AnalyseColor();
     // Without a hue the hue slot is left alone, so it stays 0 here.
     EXPECT_EQ(thread.colorAnalysis,
@@ -427,12 +412,12 @@ TEST(DesignDefaultPalette, ColoursGapsAndWrapping) {
   // 33 to 36 differ from 13, 14, 15 and 17 by one step on purpose; gaps and
   // indices past the table are "Light Gray".
   const std::vector<std::tuple<int, const char*, uint32_t>> listed = {
-      {0, "Black", Rgb(0, 0, 0)},           {7, "Light Blue", Rgb(51, 154, 255)},
-      {13, "Dark Blue", Rgb(0, 0, 127)},    {33, "Dark Blue", Rgb(0, 0, 128)},
-      {17, "Dark Purple", Rgb(127, 0, 127)}, {36, "Dark Purple", Rgb(128, 0, 128)},
-      {28, "Light Brown", Rgb(175, 90, 10)}, {43, "Dark Brown", Rgb(115, 40, 0)},
-      {22, "Light Gray", Rgb(192, 192, 192)}, {44, "Light Gray", Rgb(192, 192, 192)},
-      {-1, "Light Gray", Rgb(192, 192, 192)},
+      {0, "Black", ColorRef(0, 0, 0)},           {7, "Light Blue", ColorRef(51, 154, 255)},
+      {13, "Dark Blue", ColorRef(0, 0, 127)},    {33, "Dark Blue", ColorRef(0, 0, 128)},
+      {17, "Dark Purple", ColorRef(127, 0, 127)}, {36, "Dark Purple", ColorRef(128, 0, 128)},
+      {28, "Light Brown", ColorRef(175, 90, 10)}, {43, "Dark Brown", ColorRef(115, 40, 0)},
+      {22, "Light Gray", ColorRef(192, 192, 192)}, {44, "Light Gray", ColorRef(192, 192, 192)},
+      {-1, "Light Gray", ColorRef(192, 192, 192)},
   };
   for (const auto& [index, name, rgb] : listed) {
     const ThreadColor thread = DefaultPaletteColor(index);
@@ -443,7 +428,7 @@ TEST(DesignDefaultPalette, ColoursGapsAndWrapping) {
     EXPECT_EQ(DefaultPaletteIndex(count), index) << count;
   }
   // AppendThread adds a pure stop at the tail for each thread.
-  Design design = MakeDesign({{10, 0, 0}});
+  Design design = test::DesignOf({{10, 0, 0}});
   design.AppendThread(DefaultPaletteColor(1));
   design.AppendThread(DefaultPaletteColor(2));
   EXPECT_EQ(test::Nodes(design), (NodeList{{10, 0, 0}, {0, 0, S}, {0, 0, S}}));
@@ -454,21 +439,17 @@ TEST(DesignDefaultPalette, ColoursGapsAndWrapping) {
 // Copies and Clear leave fileThreads, the bounds' or the format's fields on
 // purpose; each check below is one of those rules.
 TEST(DesignCopyAndClear, LeaveTheFormatFieldsOnPurpose) {
-  Design source = MakeDesign({{10, 0, J}, {5, 5, 0}});
-  source.name = "rose.pes";
-  source.notes = "notes";
+  Design source = test::DesignOf({{10, 0, J}, {5, 5, 0}});
+  source.name = "rose.pes", source.notes = "notes";
   source.threads = NumberedThreads(2);
   source.threads[0].properties.push_back({"Note", 1, "soft", 7, {1, 2, 3}});
   source.properties.push_back({"Author", 0, "Ada", 0, {9, 8}});
   source.fileThreads = NumberedThreads(1);
   SetBounds(source, {11, 12, -13, -14});
-  source.formatVersion = 6;
-  source.hoopWidth = 130;
-  source.hoopHeight = 180;
+  source.formatVersion = 6, source.hoopWidth = 130, source.hoopHeight = 180, source.fitRotation = -1;
   source.hoopRotation = source.sourceFormat = source.blobWord = 1;
-  source.fitRotation = -1;
 
-  Design target = MakeDesign({{1, 2, 0}});
+  Design target = test::DesignOf({{1, 2, 0}});
   target.fileThreads = NumberedThreads(2);
   target.formatVersion = target.hoopWidth = target.hoopHeight = 9;
   target = source;

@@ -42,15 +42,9 @@ struct Bytes {
 ThreadColor Thread(const std::string& colorName, const std::array<std::string, 4>& strings = {}, uint32_t rgb = 0,
                    int32_t chartIndex = 0, int32_t stitchCount = 0, int32_t threadLength = 0) {
   ThreadColor thread;
-  thread.colorName = colorName;
-  thread.chart = strings[0];
-  thread.brand = strings[1];
-  thread.catalogNumber = strings[2];
-  thread.description = strings[3];
-  thread.rgb = rgb;
-  thread.chartIndex = chartIndex;
-  thread.stitchCount = stitchCount;
-  thread.threadLength = threadLength;
+  thread.colorName = colorName, thread.rgb = rgb, thread.chartIndex = chartIndex;
+  thread.chart = strings[0], thread.brand = strings[1], thread.catalogNumber = strings[2], thread.description = strings[3];
+  thread.stitchCount = stitchCount, thread.threadLength = threadLength;
   return thread;
 }
 
@@ -251,7 +245,7 @@ TEST(EmbroideryFile, AHundredCharacterStringSpoilsTheTrailerFromThere) {
   EXPECT_EQ(parsed.threads[0].description, "0" + std::string(11, 'd'));
 }
 
-TEST(EmbroideryFile, ShortBlocksStopAtTheFirstFieldThatDoesNotFit) {
+TEST(EmbroideryFile, ShortBlocksAndLongCountsStopAtTheFirstFieldThatDoesNotFit) {
   const std::vector<uint8_t> block = SmallDesignBlock();
   const size_t threadsEnd = 8 + 9 + 16 + 4 + 2 * 46;
   const size_t stitchesEnd = threadsEnd + 4 + 6 * 5;
@@ -262,10 +256,7 @@ TEST(EmbroideryFile, ShortBlocksStopAtTheFirstFieldThatDoesNotFit) {
     EXPECT_EQ(parsed.stitches.Size(), length >= stitchesEnd ? 6u : 0u) << length;
     EXPECT_EQ(parsed.notes, length > stitchesEnd + 1 ? kSmallTrailer.substr(0, length - stitchesEnd) : "") << length;
   }
-}
-
-TEST(EmbroideryFile, CountsBeyondTheBlockAreRefused) {
-  // 5 * 0x33333334 wraps to 4 in 32 bits.
+  // Counts beyond the block are refused; 5 * 0x33333334 wraps to 4 in 32 bits.
   for (uint32_t stitches : {0xFFFFFFFFu, 0x33333334u, 7u}) {
     Design parsed;
     DecodeEmbroideryFile(parsed, EmptyHeader().U32(0).U32(stitches).Raw({0, 1, 0, 1, 0, 0, 0, 0, 0, 0}).v);

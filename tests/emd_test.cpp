@@ -31,8 +31,6 @@ const std::vector<uint8_t> kTwoColours = EmdFile({
     0x01, 0x01,
 });
 
-std::vector<uint8_t> Text(const std::string& text) { return {text.begin(), text.end()}; }
-
 TEST(EmdReader, PairsAndEndSteps) {
   Design design;
   ASSERT_TRUE(ReadEmd(design, test::AsReaderInput(kTwoColours)));
@@ -72,8 +70,10 @@ TEST(EmdReader, ColourFileBesideTheDesign) {
   const struct {
     const char* text;  // nullptr: no colour file
     uint32_t first, second;
+    std::pair<const char*, const char*> names{};  // after the nearest PEC entry; unchecked when null
   } cases[] = {
-      {nullptr, black, blue},
+      {nullptr, black, blue, {"Black", "Blue"}},
+      {"2\r\n1,237,23,31\r\n2,0,0,1\r\n", ColorRef(237, 23, 31), ColorRef(0, 0, 1), {"Red", "Black"}},
       {"2\r\n1,0,0,200\r\n2,255,243,128\r\n", ColorRef(0, 0, 200), ColorRef(255, 243, 128)},
       {"3\r\n1,1,2,3\r\n2,4,5,6\r\n3,7,8,9\r\n", ColorRef(1, 2, 3), ColorRef(4, 5, 6)},  // more than the design has
       {"1\r\n1,1,2,3\r\n2,4,5,6\r\n", ColorRef(1, 2, 3), blue},                         // the count limits
@@ -83,7 +83,7 @@ TEST(EmdReader, ColourFileBesideTheDesign) {
   for (const auto& c : cases) {
     test::ScratchFolder folder;
     folder.Write("rose.emd", kTwoColours);
-    if (c.text != nullptr) folder.Write("rose.col", Text(c.text));
+    if (c.text != nullptr) folder.Write("rose.col", test::ToBytes(c.text));
     Design design;
     ASSERT_EQ(ReadDesignFile(design, folder.File("rose.emd")), 0);
     const std::string label = c.text != nullptr ? c.text : "no file";
@@ -91,23 +91,17 @@ TEST(EmdReader, ColourFileBesideTheDesign) {
     EXPECT_EQ(design.threads[0].rgb, c.first) << label;
     EXPECT_EQ(design.threads[1].rgb, c.second) << label;
     EXPECT_EQ(design.defaultColors, c.text == nullptr) << label;
+    if (c.names.first != nullptr) {
+      EXPECT_EQ(design.threads[0].colorName + ", " + design.threads[1].colorName,
+                std::string(c.names.first) + ", " + c.names.second) << label;
+    }
   }
-}
-
-TEST(EmdReader, NamesTheColoursAfterTheNearestPecEntry) {
-  test::ScratchFolder folder;
-  folder.Write("a.emd", kTwoColours);
-  folder.Write("a.col", Text("2\r\n1,237,23,31\r\n2,0,0,1\r\n"));
-  Design design;
-  ASSERT_EQ(ReadDesignFile(design, folder.File("a.emd")), 0);
-  EXPECT_EQ(design.threads[0].colorName, "Red");
-  EXPECT_EQ(design.threads[1].colorName, "Black");
 }
 
 TEST(EmdReader, ColourFileBesideAZipMemberIsAMemberToo) {
   test::ScratchFolder folder;
   const std::string zipFile = folder.File("designs.zip");
-  for (const auto& [name, bytes] : {std::pair{"sub/rose.emd", kTwoColours}, std::pair{"sub/rose.col", Text("1\r\n1,9,8,7\r\n")}}) {
+  for (const auto& [name, bytes] : {std::pair{"sub/rose.emd", kTwoColours}, std::pair{"sub/rose.col", test::ToBytes("1\r\n1,9,8,7\r\n")}}) {
     DesignPath member;
     member.SetZipFile(zipFile);
     member.SplitName(name);
@@ -137,14 +131,6 @@ TEST(EmdReader, GeometricSampleMatchesTheDstOfTheSameDesign) {
   // The DST splits its long stitches, so a few of its points lie elsewhere.
   EXPECT_GT(stitches.size(), 8000u);
   EXPECT_LT(missing, 20u);
-}
-
-TEST(EmdReader, EveryTruncationOfASampleReads) {
-  const std::vector<uint8_t> bytes = test::ReadTestFile("shamrockin.emd");
-  for (const size_t length : test::CutLengths(bytes.size())) {
-    Design design;
-    ReadEmd(design, test::CutInput(bytes, length));
-  }
 }
 
 }  // namespace

@@ -11,13 +11,12 @@ namespace {
 using Bytes = std::vector<uint8_t>;
 
 TEST(ExpWriter, GoldenBytes) {
-  Design design;
-  design.threads.resize(3);
-  test::SetNodes(design, {{10, 20, 0},
-                          {0, 0, STITCH_COLORSTOP},
-                          {200, 0, STITCH_JUMP},  // split into two jumps of 100 and a zero stitch
-                          {-5, 3, 0},
-                          {2, 1, STITCH_COLORSTOP | STITCH_JUMP}});  // a stop with a move
+  Design design = test::DesignOf({{10, 20, 0},
+                                  {0, 0, STITCH_COLORSTOP},
+                                  {200, 0, STITCH_JUMP},  // split into two jumps of 100 and a zero stitch
+                                  {-5, 3, 0},
+                                  {2, 1, STITCH_COLORSTOP | STITCH_JUMP}},  // a stop with a move
+                                 {0, 0, 0});
   Bytes out;
   ASSERT_EQ(WriteExp(design, out), 0);
   const Bytes expected = {
@@ -93,44 +92,9 @@ TEST(ExpReader, ShortAndBrokenEnds) {
   EXPECT_FALSE(ReadExp(design, {}));
 }
 
-TEST(ExpRoundTrip, MovesUpTo121ComeBackAndLongerOnesAreSplit) {
-  Design design;
-  design.threads.resize(2);
-  std::vector<test::Node> nodes = {{0, 0, STITCH_JUMP}, {0, 0, 0}};
-  for (int32_t d = -121; d <= 121; d += 2) nodes.emplace_back(d, 121 - (d < 0 ? -d : d), 0);
-  nodes.emplace_back(0, 0, STITCH_COLORSTOP);
-  nodes.emplace_back(30, -40, STITCH_JUMP);  // short: no satin test applies
-  nodes.emplace_back(0, 0, 0);
-  nodes.emplace_back(122, 0, 0);  // split into two jumps of 61 and a zero stitch
-  nodes.emplace_back(-3, 7, 0);
-  test::SetNodes(design, nodes);
-  Design original = design;
-
-  Bytes out;
-  ASSERT_EQ(WriteExp(design, out), 0);
-  for (size_t i = 0; i + 1 < out.size(); i += 2) ASSERT_FALSE(out[i] == 0x80 && out[i + 1] == 0x80) << i;
-  Design read;
-  ASSERT_TRUE(ReadExp(read, test::AsReaderInput(out)));
-  EXPECT_EQ(read.threads.size(), 2u);
-  auto expected = test::NeedlePath(original);
-  expected.erase(expected.end() - 2);  // the split stitch lands as a jump
-  auto actual = test::NeedlePath(read);
-  ASSERT_EQ(actual.size(), expected.size() + 1);  // and the reader adds its step back
-  EXPECT_EQ(actual.back().first - actual[actual.size() - 2].first, -1);
-  actual.pop_back();
-  const int64_t shiftX = actual[0].first - expected[0].first, shiftY = actual[0].second - expected[0].second;
-  for (auto& [x, y] : expected) {
-    x += shiftX;
-    y += shiftY;
-  }
-  EXPECT_EQ(actual, expected);
-}
-
 TEST(ExpReader, RealFileLiesWhereTheDstOfTheSameDesignDoes) {
-  const Bytes bytes = test::ReadTestFile("geometric_objects.exp");
   Design exp;
-  exp.name = "geometric_objects.exp";
-  ASSERT_TRUE(ReadExp(exp, test::AsReaderInput(bytes)));
+  ASSERT_TRUE(test::ReadSample(ReadExp, exp, "geometric_objects.exp"));
   const char* const names[] = {"Black", "Blue", "Light Green", "Red"};
   ASSERT_EQ(exp.threads.size(), 4u);
   for (size_t i = 0; i < 4; ++i) EXPECT_EQ(exp.threads[i].colorName, names[i]) << i;
@@ -144,13 +108,6 @@ TEST(ExpReader, RealFileLiesWhereTheDstOfTheSameDesignDoes) {
   const auto dstStitches = test::NeedlePath(dst);
   ASSERT_GT(dstStitches.size(), 8000u);
   EXPECT_EQ(test::CountMissing(dstStitches, test::NeedlePoints(exp, test::Landing::kAny)), 0u);
-
-  // Cut anywhere, the file still reads: every length at first, then a stride
-  // that meets both parities.
-  for (const size_t length : test::CutLengths(bytes.size(), 2048, 13)) {
-    Design cut;
-    ASSERT_TRUE(ReadExp(cut, test::CutInput(bytes, length))) << length;
-  }
 }
 
 }  // namespace

@@ -14,7 +14,6 @@
 #include <vector>
 
 #include "archive/zip_member.h"
-#include "core/file_io.h"
 #include "core/format_table.h"
 #include "core/preferences.h"
 #include "formats/dst.h"
@@ -153,30 +152,6 @@ TEST(SaveFailure, ZipMemberReplacedOnAFullDiskKeepsTheOldArchive) {
   ASSERT_EQ(ReadZipMember(member, bytes), 0);
   EXPECT_EQ(bytes, first);
   EXPECT_EQ(FolderNames(scratch.Path()), std::vector<std::string>{"designs.zip"});
-}
-
-// Every cut of a stored file gives either the stored value or the default, never
-// a third value, and never replaces what is there.
-TEST(PreferenceFailure, TruncatedFileGivesStoredValueOrDefault) {
-  test::ScratchFolder scratch;
-  const PreferenceStore store;
-  store.SetInt("Settings", "Baste edge", 0x3a);
-  store.SetString("Settings", "Workspace", "/home/designs/");
-  std::vector<uint8_t> whole;
-  ASSERT_EQ(ReadWholeFile(store.FilePath().string(), whole), FileRead::kOk);
-  for (size_t length = 0; length <= whole.size(); ++length) {
-    WriteFileAtomic(store.FilePath().string(), std::span(whole).first(length));
-    const int32_t edge = store.GetInt("Settings", "Baste edge", -1);
-    EXPECT_TRUE(edge == 0x3a || edge == -1) << "cut at " << length << " gave " << edge;
-    const std::string workspace = store.GetString("Settings", "Workspace", "none");
-    EXPECT_TRUE(workspace == "/home/designs/" || workspace == "none") << "cut at " << length;
-  }
-  std::vector<uint8_t> garbage(4096);
-  for (size_t i = 0; i < garbage.size(); ++i) garbage[i] = static_cast<uint8_t>(i * 131 + (i >> 8));
-  WriteFileAtomic(store.FilePath().string(), garbage);
-  EXPECT_EQ(store.GetInt("Settings", "Baste edge", -1), -1);
-  store.SetInt("Settings", "Baste edge", 5);  // a garbled file is rewritten, not a reason to stop
-  EXPECT_EQ(store.GetInt("Settings", "Baste edge", -1), 5);
 }
 
 TEST(LargeDesign, FiveMillionStitchesThroughDst) {

@@ -10,27 +10,25 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::vector<uint8_t> Bytes(const std::string& text) { return {text.begin(), text.end()}; }
-
 TEST(FileIo, WriteReplacesWholeAndKeepsModeAndLinks) {
   test::ScratchFolder folder;
   const std::string path = folder.File("design.dst");
-  ASSERT_TRUE(WriteFileAtomic(path, Bytes("first")));
+  ASSERT_TRUE(WriteFileAtomic(path, test::ToBytes("first")));
   chmod(path.c_str(), 0640);
-  ASSERT_TRUE(WriteFileAtomic(path, Bytes("second")));
+  ASSERT_TRUE(WriteFileAtomic(path, test::ToBytes("second")));
   std::vector<uint8_t> bytes;
   ASSERT_EQ(ReadWholeFile(path, bytes), FileRead::kOk);
-  EXPECT_EQ(bytes, Bytes("second"));
+  EXPECT_EQ(bytes, test::ToBytes("second"));
   struct stat info {};
   stat(path.c_str(), &info);
   EXPECT_EQ(info.st_mode & 0777, 0640u);
 
   const std::string link = folder.File("link.dst");
   fs::create_symlink(path, link);
-  ASSERT_TRUE(WriteFileAtomic(link, Bytes("third")));
+  ASSERT_TRUE(WriteFileAtomic(link, test::ToBytes("third")));
   EXPECT_TRUE(fs::is_symlink(link));
   ReadWholeFile(path, bytes);
-  EXPECT_EQ(bytes, Bytes("third"));
+  EXPECT_EQ(bytes, test::ToBytes("third"));
 }
 
 TEST(FileIo, FailedWriteLeavesTheOldAndNoTemporary) {
@@ -40,10 +38,10 @@ TEST(FileIo, FailedWriteLeavesTheOldAndNoTemporary) {
   fs::create_directory(path);
   fs::create_directory(folder.File("config"));
   std::string error;
-  EXPECT_FALSE(WriteFileAtomic(path, Bytes("data"), &error));
+  EXPECT_FALSE(WriteFileAtomic(path, test::ToBytes("data"), &error));
   EXPECT_FALSE(error.empty());
   EXPECT_TRUE(fs::is_directory(path));
-  EXPECT_FALSE(WriteFileAtomic(folder.File("no/such/folder/file.dst"), Bytes("data"), &error));
+  EXPECT_FALSE(WriteFileAtomic(folder.File("no/such/folder/file.dst"), test::ToBytes("data"), &error));
   size_t entries = 0;
   for ([[maybe_unused]] const auto& entry : fs::directory_iterator(folder.Path())) ++entries;
   EXPECT_EQ(entries, 2u);  // "taken" and "config": nothing left behind

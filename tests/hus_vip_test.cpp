@@ -2,6 +2,7 @@
 
 #include <random>
 #include <string>
+#include <tuple>
 #include <utility>
 
 #include "archive/al_gl.h"
@@ -18,7 +19,6 @@
 namespace fennick {
 namespace {
 
-// Collects the lines the formats have for the user while it lives.
 using Reader = bool (*)(Design&, std::span<const uint8_t>);
 using Writer = int (*)(Design&, std::vector<uint8_t>&);
 
@@ -76,7 +76,6 @@ TEST(HusVipReader, RealFilesGiveTheirColoursSizeAndStitches) {
       {"Star.vip", ReadVipFile, 2544, {"E3311F", "F7F3F7"}},
   };
   Design dst;
-  dst.name = "geometric_objects.dst";
   ASSERT_TRUE(test::ReadSample(ReadDst, dst, "geometric_objects.dst"));
   const auto dstPositions = test::NeedlePoints(dst, test::Landing::kNotJump);
   for (const Case& c : cases) {
@@ -86,7 +85,6 @@ TEST(HusVipReader, RealFilesGiveTheirColoursSizeAndStitches) {
     named.name = c.file;
     ASSERT_TRUE(ReadHusVipHeader(named, file, header));
     EXPECT_EQ(header.stitchCount, c.stitches) << c.file;
-    EXPECT_EQ(Streams(file)[0].size(), c.stitches) << c.file;
     Design design;
     ASSERT_TRUE(ReadNamed(c.read, design, test::AsReaderInput(file), c.file)) << c.file;
     std::vector<std::string> colours;
@@ -103,12 +101,11 @@ TEST(HusVipReader, RealFilesGiveTheirColoursSizeAndStitches) {
 }
 
 TEST(HusWriter, GoldenHeaderStreamsAndNodes) {
-  Design design;
+  Design design = test::DesignOf({{5, -3, 0}, {10, 0, STITCH_JUMP}, {2, 2, STITCH_COLORSTOP}, {300, 0, 0}, {-130, -1, 0}});
   design.name = "rose.hus";
   design.threads = {DefaultPaletteColor(3), ThreadColor{}};
   design.threads[1].rgb = ColorRef(0, 0, 250);  // nearest: 1, Blue
   design.maxX = 100, design.maxY = 50, design.minX = -100, design.minY = -50;
-  test::SetNodes(design, {{5, -3, 0}, {10, 0, STITCH_JUMP}, {2, 2, STITCH_COLORSTOP}, {300, 0, 0}, {-130, -1, 0}});
   std::vector<uint8_t> out;
   ASSERT_EQ(WriteHusFile(design, out), 0);
   // Jump anchored by a zero stitch; the moving change split into a stop and
@@ -178,49 +175,34 @@ TEST(HusVipWriter, RefusalsAndTheirMessages) {
   EXPECT_EQ(WriteVipFile(design, out), -1);
 }
 
-TEST(HusVipRoundTrip, WrittenDesignsReadBackToTheSameNodes) {
-  struct Case {
-    Reader read;
-    Writer write;
-    const char* name;
-  };
-  const Case formats[] = {{ReadHusFile, WriteHusFile, "a.hus"}, {ReadVipFile, WriteVipFile, "a.vip"}};
-  const std::vector<std::vector<test::Node>> designs = {
-      {{0, 0, STITCH_JUMP}, {3, 4, 0}, {-120, 90, 0}, {0, 0, STITCH_COLORSTOP}, {500, -700, STITCH_JUMP}, {5, 5, 0},
-       {4, 4, STITCH_COLORSTOP}, {1, 2, 0}},
-      {{10, 10, 0}, {0, 0, STITCH_COLORSTOP}, {7, -7, 0}, {0, 0, STITCH_COLORSTOP}, {-3, 2, 0}},
-  };
-  // One stitch repeated packs best of all: far more stitches than file bytes.
-  std::vector<test::Node> repeated(60000, test::Node{2, 1, 0});
-  repeated[30000] = {0, 0, STITCH_COLORSTOP};
-  repeated.push_back({0, 0, STITCH_COLORSTOP});
-  std::vector<std::vector<test::Node>> all = designs;
-  all.push_back(repeated);
-  for (const Case& format : formats) {
-    for (const auto& nodes : all) {
-      Design design;
-      design.name = format.name;
-      design.threads.resize(3, DefaultPaletteColor(12));
-      test::SetNodes(design, nodes);
-      design.ComputeBounds();
-      std::vector<uint8_t> out;
-      ASSERT_EQ(format.write(design, out), 0);
-      if (nodes.size() > 1000) {
-        ASSERT_LT(out.size() * 64, nodes.size()) << "expected a file that packs well, got " << out.size();
-      }
-      // What the reader gives: the written nodes, finished as readers finish.
-      Design expected = design;
-      expected.MergeJumps(false);
-      expected.ReclassifyJumps();
-      expected.Centre();
-      Design read;
-      ASSERT_TRUE(ReadNamed(format.read, read, test::AsReaderInput(out), format.name));
-      EXPECT_EQ(test::Nodes(read), test::Nodes(expected)) << format.name;
-      ASSERT_EQ(read.threads.size(), 3u);
-      uint32_t white = ColorRef(255, 255, 255);
-      if (format.read == ReadVipFile) NearestChartName(white, 1, &white);
-      EXPECT_EQ(read.threads[2].rgb, white) << format.name;
-    }
+// One stitch repeated packs best of all: far more stitches than file bytes,
+// which the stitch count of the header must allow. (Other designs are held to
+// their bytes by the golden tests and the sample conversions.)
+TEST(HusVipRoundTrip, ARepeatedStitchPacksFarBelowItsCountAndReadsBack) {
+  std::vector<test::Node> nodes(60000, test::Node{2, 1, 0});
+  nodes[30000] = {0, 0, STITCH_COLORSTOP};
+  nodes.push_back({0, 0, STITCH_COLORSTOP});
+  for (const auto& [read, write, name] : {std::tuple<Reader, Writer, const char*>{ReadHusFile, WriteHusFile, "a.hus"},
+                                          {ReadVipFile, WriteVipFile, "a.vip"}}) {
+    Design design = test::DesignOf(nodes);
+    design.name = name;
+    design.threads.resize(3, DefaultPaletteColor(12));
+    design.ComputeBounds();
+    std::vector<uint8_t> out;
+    ASSERT_EQ(write(design, out), 0);
+    ASSERT_LT(out.size() * 64, nodes.size()) << "expected a file that packs well, got " << out.size();
+    // What the reader gives: the written nodes, finished as readers finish.
+    Design expected = design;
+    expected.MergeJumps(false);
+    expected.ReclassifyJumps();
+    expected.Centre();
+    Design back;
+    ASSERT_TRUE(ReadNamed(read, back, test::AsReaderInput(out), name));
+    EXPECT_EQ(test::Nodes(back), test::Nodes(expected)) << name;
+    ASSERT_EQ(back.threads.size(), 3u);
+    uint32_t white = ColorRef(255, 255, 255);
+    if (read == ReadVipFile) NearestChartName(white, 1, &white);
+    EXPECT_EQ(back.threads[2].rgb, white) << name;
   }
 }
 
@@ -304,34 +286,6 @@ TEST(HusVipReader, DamagedFilesFailCleanlyWithTheirMessage) {
     Design read;
     EXPECT_FALSE(ReadNamed(ReadHusFile, read, test::AsReaderInput(HandMadeHus(3, streams)), "x.hus"));
     EXPECT_EQ(messages.lines, std::vector<std::string>{message});
-  }
-}
-
-TEST(HusVipReader, TruncatedAndRandomFilesNeverCrash) {
-  std::mt19937 random(11);
-  const std::pair<const char*, Reader> files[] = {
-      {"geometric_objects.hus", ReadHusFile}, {"geometric_objects.vip", ReadVipFile}, {"Star.vip", ReadVipFile}};
-  for (const auto& [name, read] : files) {
-    const std::vector<uint8_t> file = test::ReadTestFile(name);
-    // Every length of the small file; the larger ones at a stride, for time.
-    const size_t stride = std::string(name) == "Star.vip" ? 1 : 17;
-    for (const size_t length : test::CutLengths(file.size(), 0, stride)) {
-      Design design;
-      ReadNamed(read, design, test::CutInput(file, length), name);
-    }
-    for (int round = 0; round < 200; ++round) {
-      std::vector<uint8_t> damaged = file;
-      for (int flips = 0; flips < 4; ++flips) damaged[random() % damaged.size()] = static_cast<uint8_t>(random());
-      Design design;
-      ReadNamed(read, design, test::AsReaderInput(damaged), name);
-    }
-  }
-  for (int round = 0; round < 200; ++round) {
-    std::vector<uint8_t> bytes(random() % 200);
-    for (uint8_t& byte : bytes) byte = static_cast<uint8_t>(random());
-    Design design;
-    ReadNamed(ReadHusFile, design, test::AsReaderInput(bytes), "r.hus");
-    ReadNamed(ReadVipFile, design, test::AsReaderInput(bytes), "r.vip");
   }
 }
 

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <set>
 #include <tuple>
 
 #include "core/byte_cursor.h"
@@ -27,23 +26,18 @@ Bytes JefFile(const std::vector<uint32_t>& palette, const Bytes& stream) {
 }
 
 TEST(JefWriter, GoldenBytes) {
-  Design design;
-  design.threads.resize(3);
-  design.threads[0].rgb = ColorRef(255, 0, 0);      // 10 Red
-  design.threads[1].rgb = ColorRef(0, 0, 10);       // nearest 1 Black
-  design.threads[2].rgb = ColorRef(250, 250, 250);  // 51 Ivory White by 13, before 2 White by 15
+  // Red is 10; (0, 0, 10) is nearest to 1, Black; (250, 250, 250) to 51,
+  // Ivory White, by 13, before 2, White, by 15.
+  Design design = test::DesignOf({{10, 20, 0},
+                                  {0, 0, STITCH_COLORSTOP},
+                                  {300, 0, STITCH_JUMP},  // a chain of two clamped jumps and a stitch of 48
+                                  {20, 0, STITCH_JUMP},   // a run of two jumps: only the last is anchored
+                                  {20, 0, STITCH_JUMP},
+                                  {-5, 3, 0},
+                                  {2, 1, STITCH_COLORSTOP | STITCH_JUMP}},  // a stop with a move
+                                 {ColorRef(255, 0, 0), ColorRef(0, 0, 10), ColorRef(250, 250, 250)});
   // The writer takes the bounds as they stand; x reaching 600 needs the big hoop.
-  design.maxX = 600;
-  design.minX = -20;
-  design.maxY = 30;
-  design.minY = -40;
-  test::SetNodes(design, {{10, 20, 0},
-                          {0, 0, STITCH_COLORSTOP},
-                          {300, 0, STITCH_JUMP},  // a chain of two clamped jumps and a stitch of 48
-                          {20, 0, STITCH_JUMP},   // a run of two jumps: only the last is anchored
-                          {20, 0, STITCH_JUMP},
-                          {-5, 3, 0},
-                          {2, 1, STITCH_COLORSTOP | STITCH_JUMP}});  // a stop with a move
+  design.maxX = 600, design.minX = -20, design.maxY = 30, design.minY = -40;
 
   Bytes out;
   ASSERT_EQ(WriteJef(design, out), 0);
@@ -79,8 +73,7 @@ TEST(JefWriter, GoldenBytes) {
   EXPECT_EQ(out, expected);
   EXPECT_EQ(design.threads[1].chartIndex, 1);
 
-  Design noThreads;
-  test::SetNodes(noThreads, {{1, 1, 0}});
+  Design noThreads = test::DesignOf({{1, 1, 0}});
   EXPECT_EQ(WriteJef(noThreads, out), -1);
   EXPECT_TRUE(out.empty());
 }
@@ -89,9 +82,7 @@ TEST(JefWriter, HoopCodeFromTheBoundsAndZerosAfterTheEnd) {
   // Centred widths of 1100 and 1098 units, in either axis; two threads and no
   // stop size the stream for one stop more than is written.
   for (const auto& [minX, maxY, hoopCode] : {std::tuple{-550, 5, 2u}, {-549, 5, 0u}, {-5, 550, 2u}, {-5, 549, 0u}}) {
-    Design design;
-    design.threads.resize(2);
-    test::SetNodes(design, {{4, 5, 0}});
+    Design design = test::DesignOf({{4, 5, 0}}, {0, 0});
     design.minX = minX;
     design.maxX = -minX;
     design.minY = -maxY;
@@ -185,41 +176,9 @@ TEST(JefReader, BadOffsetsAndCountsStopCleanly) {
   EXPECT_FALSE(ReadJef(design, {}));
 }
 
-TEST(JefRoundTrip, StitchesComeBackWhereTheyWere) {
-  Design design;
-  design.threads.resize(2);
-  design.threads[0].rgb = ColorRef(255, 0, 0);
-  design.threads[1].rgb = ColorRef(0, 0, 0);
-  std::vector<test::Node> nodes = {{0, 0, STITCH_JUMP}};
-  for (int32_t d = -126; d <= 126; d += 3) nodes.emplace_back(d, 126 - (d < 0 ? -d : d), 0);
-  nodes.emplace_back(0, 0, STITCH_COLORSTOP);
-  nodes.emplace_back(-400, 250, STITCH_JUMP);  // a long jump, chained on writing
-  for (int32_t d = 1; d <= 126; d += 5) nodes.emplace_back(-d, d, 0);
-  test::SetNodes(design, nodes);
-  design.Centre();
-  Design original = design;
-
-  Bytes out;
-  ASSERT_EQ(WriteJef(design, out), 0);
-  Design read;
-  ASSERT_TRUE(ReadJef(read, test::AsReaderInput(out)));
-  ASSERT_EQ(read.threads.size(), 2u);
-  EXPECT_EQ(read.threads[0].colorName, "Red");
-  EXPECT_EQ(read.threads[1].colorName, "Black");
-  // The leading jump is stripped on reading, so the positions agree up to a shift.
-  const auto expected = test::NeedlePoints(original), actual = test::NeedlePoints(read);
-  ASSERT_EQ(actual.size(), expected.size());
-  const int64_t shiftX = actual.begin()->first - expected.begin()->first;
-  const int64_t shiftY = actual.begin()->second - expected.begin()->second;
-  std::set<test::Point> shifted;
-  for (const auto& [x, y] : expected) shifted.emplace(x + shiftX, y + shiftY);
-  EXPECT_EQ(actual, shifted);
-}
-
 TEST(JefReader, RealFileLiesWhereTheDstOfTheSameDesignDoes) {
-  const Bytes bytes = test::ReadTestFile("geometric_objects.jef");
   Design jef;
-  ASSERT_TRUE(ReadJef(jef, test::AsReaderInput(bytes)));
+  ASSERT_TRUE(test::ReadSample(ReadJef, jef, "geometric_objects.jef"));
   // Palette numbers 60, 16, 39 and 28 in the file's table.
   const char* const names[] = {"Blue Ink", "Pale Yellow", "Peony Purple", "Bright Blue"};
   ASSERT_EQ(jef.threads.size(), 4u);
@@ -233,13 +192,6 @@ TEST(JefReader, RealFileLiesWhereTheDstOfTheSameDesignDoes) {
   const auto dstStitches = test::NeedlePoints(dst);
   ASSERT_GT(dstStitches.size(), 8000u);
   EXPECT_EQ(test::CountMissing(dstStitches, test::NeedlePoints(jef)), 0u);
-
-  // Cut anywhere, the file still reads: every length through the header, the
-  // table and the first stitches, then a stride that meets both parities.
-  for (const size_t length : test::CutLengths(bytes.size(), 2048, 13)) {
-    Design cut;
-    ASSERT_TRUE(ReadJef(cut, test::CutInput(bytes, length))) << length;
-  }
 }
 
 }  // namespace

@@ -44,11 +44,8 @@ struct PcsFile {
 constexpr int32_t U(int32_t stitchUnits) { return (stitchUnits * 1535 + 9) / 10; }
 
 TEST(PcsWriter, GoldenBytes) {
-  Design design;
-  design.threads.resize(2);
-  design.threads[0].rgb = ColorRef(10, 20, 30);
-  design.threads[1].rgb = ColorRef(40, 50, 60);
-  test::SetNodes(design, {{10, 0, 0}, {0, 2, 0}, {0, 0, STITCH_COLORSTOP}, {-3, -1, 0}});
+  Design design = test::DesignOf({{10, 0, 0}, {0, 2, 0}, {0, 0, STITCH_COLORSTOP}, {-3, -1, 0}},
+                                 {ColorRef(10, 20, 30), ColorRef(40, 50, 60)});
   design.ComputeBounds();
   std::vector<uint8_t> out;
   ASSERT_EQ(WritePcs(design, out), 0);
@@ -73,9 +70,7 @@ TEST(PcsWriter, HoopCodeAndStartFollowTheBounds) {
     int32_t startX, startY;
   } cases[] = {{800, 800, 2, 61400, 61400}, {801, 10, 3, 92100, 88262}, {10, 801, 3, 92100, 88262}};
   for (const Case& c : cases) {
-    Design design;
-    design.threads.resize(1);
-    test::SetNodes(design, {{0, 0, 0}, {c.width, c.height, 0}});
+    Design design = test::DesignOf({{0, 0, 0}, {c.width, c.height, 0}}, {0});
     design.ComputeBounds();
     std::vector<uint8_t> out;
     ASSERT_EQ(WritePcs(design, out), 0);
@@ -86,7 +81,6 @@ TEST(PcsWriter, HoopCodeAndStartFollowTheBounds) {
   }
 }
 
-// Collects what the writer tells the user while it lives.
 TEST(PcsWriter, RefusesMoreNodesThanItsSignedCountHolds) {
   for (const size_t nodes : {size_t{32767}, size_t{32768}}) {
     Design design;
@@ -215,13 +209,10 @@ TEST(PcsReader, EmptyCountsAndShortFiles) {
 }
 
 TEST(PcsRoundTrip, EvenMovesComeBackExactly) {
-  Design design;
+  Design design = test::DesignOf({{40, 20, STITCH_JUMP}, {10, -6, 0}, {4, 8, 0}, {-12, 2, 0},
+                                  {0, 0, STITCH_COLORSTOP}, {-12, 2, 0}, {6, 6, 0}, {2, 2, 0}},
+                                 {ColorRef(1, 2, 3), ColorRef(4, 5, 6)});
   design.name = "r.pcs";
-  design.threads.resize(2);
-  design.threads[0].rgb = ColorRef(1, 2, 3);
-  design.threads[1].rgb = ColorRef(4, 5, 6);
-  test::SetNodes(design, {{40, 20, STITCH_JUMP}, {10, -6, 0}, {4, 8, 0}, {-12, 2, 0},
-                          {0, 0, STITCH_COLORSTOP}, {-12, 2, 0}, {6, 6, 0}, {2, 2, 0}});
   design.ComputeBounds();
   std::vector<uint8_t> out;
   ASSERT_EQ(WritePcs(design, out), 0);
@@ -241,7 +232,6 @@ TEST(PcsRoundTrip, EvenMovesComeBackExactly) {
 
 TEST(PcsReader, StarSampleMatchesThePesOfTheSameDesign) {
   Design pcs, pes;
-  pcs.name = "Star.pcs";
   ASSERT_TRUE(test::ReadSample(ReadPcs, pcs, "Star.pcs"));
   ASSERT_TRUE(test::ReadSample(ReadPesFile, pes, "star.pes"));
   // The table's colours 8 and 15 are named by the colour records.
@@ -256,15 +246,6 @@ TEST(PcsReader, StarSampleMatchesThePesOfTheSameDesign) {
   const std::vector<test::Point> pcsPath = test::NeedlePath(pcs), pesPath = test::NeedlePath(pes);
   ASSERT_GT(pcsPath.size(), 4u);
   EXPECT_EQ(std::vector(pcsPath.end() - 4, pcsPath.end()), std::vector(pesPath.end() - 4, pesPath.end()));
-}
-
-TEST(PcsReader, EveryTruncationOfTheSampleReads) {
-  const std::vector<uint8_t> bytes = test::ReadTestFile("Star.pcs");
-  for (const size_t length : test::CutLengths(bytes.size(), 1000, 7)) {
-    Design design;
-    design.name = "cut.pcs";
-    ReadPcs(design, test::CutInput(bytes, length));
-  }
 }
 
 }  // namespace

@@ -80,31 +80,6 @@ TEST(PecStitchTest, DecodesMarkersAndMixedForms) {
   EXPECT_FALSE(reader.Ok());
 }
 
-TEST(PecStitchTest, EncodedStreamDecodesToTheSameMoves) {
-  const std::vector<test::Node> nodes = {{100, -40, 0},           {3, 4, 0},          {-70, 64, 0},
-                                         {2000, -2000, STITCH_JUMP}, {0, 0, STITCH_COLORSTOP},
-                                         {-1, 1, 0},              {0, 0, STITCH_JUMP}};
-  Design design;
-  test::SetNodes(design, nodes);
-  Bytes stream;
-  int changes = 0;
-  for (const StitchNode& node : design.stitches) {
-    if (node.IsColorStop()) ++changes;
-    EncodePecStitch(stream, node, changes);
-    if (changes == 0) changes = 1;
-  }
-  ByteReader reader(stream);
-  std::vector<test::Node> decoded;
-  while (!reader.AtEnd()) {
-    const PecStitch stitch = DecodePecStitch(reader);
-    decoded.emplace_back(stitch.dx, stitch.dy, stitch.flags);
-  }
-  // The first node reads back as a jump.
-  std::vector<test::Node> expected = nodes;
-  std::get<2>(expected[0]) = STITCH_JUMP;
-  EXPECT_EQ(decoded, expected);
-}
-
 TEST(PecBlockWriter, GoldenBytes) {
   Design design;
   // Centred: positions (-5, 3), (5, 3), (5, 3), (5, -3); bounds x -5..5, y -3..3.

@@ -47,19 +47,8 @@ struct Builder {
   }
 };
 
-Design Thread(Design design, uint32_t rgb) {
-  ThreadColor thread;
-  thread.rgb = rgb;
-  design.threads.push_back(thread);
-  return design;
-}
-
 // One stitch across a box of w by h, in black.
-Design Box(int32_t w, int32_t h) {
-  Design design;
-  test::SetNodes(design, {{0, 0, 0}, {w, h, 0}});
-  return Thread(design, kBlack);
-}
+Design Box(int32_t w, int32_t h) { return test::DesignOf({{0, 0, 0}, {w, h, 0}}, {kBlack}); }
 
 Bytes Write(Design& design, bool pes5) {
   Bytes out;
@@ -78,39 +67,15 @@ uint8_t Palette(uint32_t rgb, bool extended) {
                                               static_cast<uint8_t>(rgb >> 16), false, extended));
 }
 
-TEST(PesWriter, PlainHeadersByHoop) {
-  // The header up to its object block, PEC offset left 0.
+// The header up to its object block (plain) or thread records (real colour),
+// PEC offset left 0.
+TEST(PesWriter, HeadersByHoopOnBothPaths) {
   auto version2 = Builder().Text("#PES0020").Zeros(4).Words({180, 130, 1, 7, 19}).Zeros(6).Words({25, 1, 0, 1});
   auto version4 = [](int w, int h) {
     return Builder().Text("#PES0040").Zeros(4).Word(1).Text("01").Zeros(5).Words({0, w, h, w > h, 7, 19}).Zeros(6)
-        .Words({25, 1}).Zeros(6).Word(1);
+        .Words({25, 1}).Zeros(6).Word(1).bytes;
   };
-  const struct {
-    int32_t w, h;
-    Bytes header;
-  } cases[] = {
-      {1000, 1000, Builder().Text("#PES0001").Zeros(4).Words({0, 1, 1}).bytes},
-      {1300, 1800, Builder().Text("#PES0001").Zeros(4).Words({1, 1, 1}).bytes},
-      {1800, 1300, version2.bytes},
-      {1600, 2600, version4(160, 260).bytes},
-      {1301, 1801, version4(160, 260).bytes},
-      {2600, 1600, version4(260, 160).bytes},
-      {3000, 3000, version4(260, 160).bytes},  // fits no hoop: still written, turned
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(std::to_string(c.w) + " by " + std::to_string(c.h));
-    Design design = Box(c.w, c.h);
-    Bytes file = Write(design, false);
-    ASSERT_GT(file.size(), c.header.size() + 86);
-    std::fill_n(file.begin() + 8, 4, 0);
-    EXPECT_TRUE(StartsWith(file, c.header));
-    EXPECT_EQ(std::string(file.begin() + static_cast<ptrdiff_t>(c.header.size()) + 6,
-                          file.begin() + static_cast<ptrdiff_t>(c.header.size()) + 13), "CEmbOne");
-  }
-}
-
-TEST(PesWriter, RealColorHeadersByHoop) {
-  auto header = [](const char* signature, const char* code, int w, int h) {
+  auto real = [](const char* signature, const char* code, int w, int h) {
     Builder b;
     b.Text(signature).Zeros(4).Word(1).Text(code).Zeros(5).Word(0);
     const bool six = std::string(signature) == "#PES0060";
@@ -121,29 +86,41 @@ TEST(PesWriter, RealColorHeadersByHoop) {
   };
   const struct {
     int32_t w, h;
+    bool pes5;
     Bytes header;
   } cases[] = {
-      {1000, 1000, header("#PES0050", "01", 100, 100)}, {1300, 1800, header("#PES0050", "01", 130, 180)},
-      {1800, 1300, header("#PES0050", "01", 180, 130)}, {1600, 2600, header("#PES0050", "01", 160, 260)},
-      {2600, 1600, header("#PES0050", "01", 260, 160)}, {1800, 3000, header("#PES0060", "02", 180, 300)},
-      {3000, 1800, header("#PES0060", "02", 300, 180)}, {3000, 2000, header("#PES0055", "10", 300, 200)},
-      {3001, 3001, header("#PES0055", "10", 200, 300)},
+      {1000, 1000, false, Builder().Text("#PES0001").Zeros(4).Words({0, 1, 1}).bytes},
+      {1300, 1800, false, Builder().Text("#PES0001").Zeros(4).Words({1, 1, 1}).bytes},
+      {1800, 1300, false, version2.bytes},
+      {1600, 2600, false, version4(160, 260)},
+      {1301, 1801, false, version4(160, 260)},
+      {2600, 1600, false, version4(260, 160)},
+      {3000, 3000, false, version4(260, 160)},  // fits no hoop: still written, turned
+      {1000, 1000, true, real("#PES0050", "01", 100, 100)}, {1300, 1800, true, real("#PES0050", "01", 130, 180)},
+      {1800, 1300, true, real("#PES0050", "01", 180, 130)}, {1600, 2600, true, real("#PES0050", "01", 160, 260)},
+      {2600, 1600, true, real("#PES0050", "01", 260, 160)}, {1800, 3000, true, real("#PES0060", "02", 180, 300)},
+      {3000, 1800, true, real("#PES0060", "02", 300, 180)}, {3000, 2000, true, real("#PES0055", "10", 300, 200)},
+      {3001, 3001, true, real("#PES0055", "10", 200, 300)},
   };
   for (const auto& c : cases) {
-    SCOPED_TRACE(std::to_string(c.w) + " by " + std::to_string(c.h));
+    SCOPED_TRACE(std::to_string(c.w) + " by " + std::to_string(c.h) + (c.pes5 ? ", pes5" : ", plain"));
     Design design = Box(c.w, c.h);
-    Bytes file = Write(design, true);
+    Bytes file = Write(design, c.pes5);
+    ASSERT_GT(file.size(), c.header.size() + 86);
     std::fill_n(file.begin() + 8, 4, 0);
     EXPECT_TRUE(StartsWith(file, c.header));
-    EXPECT_EQ(file[c.header.size()], 1);  // one thread record
+    const auto after = file.begin() + static_cast<ptrdiff_t>(c.header.size());
+    if (c.pes5) {
+      EXPECT_EQ(*after, 1);  // one thread record
+    } else {
+      EXPECT_EQ(std::string(after + 6, after + 13), "CEmbOne");
+    }
   }
 }
 
 // Two colours: a stitch right, a stop, a stitch up. Bounds 100 by 50.
 Design TwoColors() {
-  Design design;
-  test::SetNodes(design, {{0, 0, 0}, {100, 0, 0}, {0, 0, STITCH_COLORSTOP}, {0, 50, 0}});
-  return Thread(Thread(design, kBlack), kWhite);
+  return test::DesignOf({{0, 0, 0}, {100, 0, 0}, {0, 0, STITCH_COLORSTOP}, {0, 50, 0}}, {kBlack, kWhite});
 }
 
 Bytes ObjectBlock(bool withBox, float floatX, float floatY, int offsetX, int offsetY, int segs) {
@@ -204,10 +181,9 @@ TEST(PesWriter, RealColorObjectBlockSegmentsAndColorTable) {
 
   // An empty colour block: each change becomes a jump of its own, the second
   // behind a zero stitch, and the last colour starts where the counter says.
-  Design empty;
-  test::SetNodes(empty, {{0, 0, 0}, {100, 0, 0}, {0, 0, STITCH_COLORSTOP}, {0, 0, STITCH_COLORSTOP}, {0, 50, 0},
-                         {0, 0, STITCH_COLORSTOP}, {-100, 0, 0}});
-  for (const uint32_t rgb : {kBlack, kWhite, ColorRef(237, 23, 31), ColorRef(10, 85, 163)}) empty = Thread(empty, rgb);
+  Design empty = test::DesignOf({{0, 0, 0}, {100, 0, 0}, {0, 0, STITCH_COLORSTOP}, {0, 0, STITCH_COLORSTOP}, {0, 50, 0},
+                                 {0, 0, STITCH_COLORSTOP}, {-100, 0, 0}},
+                                {kBlack, kWhite, ColorRef(237, 23, 31), ColorRef(10, 85, 163)});
   const Bytes withEmpty = Write(empty, true);
   Builder segmentsAndTable;
   segmentsAndTable.bytes = ObjectBlock(false, 950.0f, 1025.0f, 0, 0, 8);
@@ -259,17 +235,12 @@ std::vector<test::Node> AsReadBack(const Design& written) {
 
 // A zigzag of stitches over w by h in three colours, with a jump between colours.
 Design Zigzag(int32_t w, int32_t h) {
-  Design design;
   std::vector<test::Node> nodes{{0, 0, 0}};
   for (int color = 0; color < 3; ++color) {
     if (color > 0) nodes.insert(nodes.end(), {{40, 0, STITCH_JUMP}, {0, 0, STITCH_COLORSTOP}});
     for (int i = 0; i < 8; ++i) nodes.emplace_back(w / 30, (i % 2 == 0 ? h : -h), 0);
   }
-  test::SetNodes(design, nodes);
-  for (const uint32_t rgb : {ColorRef(200, 30, 30), ColorRef(20, 140, 60), ColorRef(250, 250, 250)}) {
-    design = Thread(design, rgb);
-  }
-  return design;
+  return test::DesignOf(nodes, {ColorRef(200, 30, 30), ColorRef(20, 140, 60), ColorRef(250, 250, 250)});
 }
 
 TEST(PesWriter, EveryDesignReadsBackToItsNodesAndColours) {
@@ -305,21 +276,6 @@ TEST(PesWriter, EveryDesignReadsBackToItsNodesAndColours) {
   }
 }
 
-TEST(PesWriter, RealFileWrittenAgainKeepsStitchesAndColours) {
-  Design original;
-  ASSERT_TRUE(test::ReadSample(ReadPesFile, original, "star.pes"));
-  for (const bool pes5 : {false, true}) {
-    SCOPED_TRACE(pes5 ? "pes5" : "plain");
-    Design written;
-    ASSERT_TRUE(test::ReadSample(ReadPesFile, written, "star.pes"));
-    Design read;
-    ASSERT_TRUE(ReadPesFile(read, test::AsReaderInput(Write(written, pes5))));
-    EXPECT_EQ(test::Nodes(read), test::Nodes(original));
-    ASSERT_EQ(read.threads.size(), original.threads.size());
-    for (size_t i = 0; i < read.threads.size(); ++i) EXPECT_EQ(read.threads[i].rgb, original.threads[i].rgb);
-  }
-}
-
 // The first byte of the composite follows the stitches' end mark, and readers
 // that stop only at FF 00 read on unless it is 0: no picture uses row 0.
 TEST(PesWriter, RealSamplesLeaveTheFirstThumbnailRowClear) {
@@ -335,7 +291,6 @@ TEST(PesWriter, RealSamplesLeaveTheFirstThumbnailRowClear) {
       for (const bool pes5 : {false, true}) {
         SCOPED_TRACE(name + (quarters != 0 ? " turned" : "") + (pes5 ? ", pes5" : ", plain"));
         Design design;
-        design.name = name;  // as ReadDesignFile names it; the VIP reader looks at it
         ASSERT_TRUE(test::ReadSample(format->read, design, name));
         for (int i = 0; i < quarters; ++i) design.RotateQuarter(1);
         design.ComputeBounds();
@@ -356,24 +311,23 @@ TEST(PesWriter, RealSamplesLeaveTheFirstThumbnailRowClear) {
 }
 
 TEST(PesWriter, NothingWithoutColoursAndFailureWithoutStitches) {
-  Design noColors;
-  test::SetNodes(noColors, {{0, 0, 0}, {10, 10, 0}});
+  Design noColors = test::DesignOf({{0, 0, 0}, {10, 10, 0}});
   Bytes out{1};
   EXPECT_EQ(WritePesFile(noColors, out, {}), 0);
   EXPECT_TRUE(out.empty());
-  Design empty = Thread(Design(), kBlack);
+  Design empty = test::DesignOf({}, {kBlack});
   EXPECT_EQ(WritePesFile(empty, out, {true, false, false}), -1);
 }
 
 Design ManyColours(uint32_t count) {
-  Design design;
   std::vector<test::Node> nodes;
+  std::vector<uint32_t> colors;
   for (uint32_t i = 0; i < count; ++i) {
     if (i > 0) nodes.emplace_back(0, 0, STITCH_COLORSTOP);
     nodes.emplace_back(10, static_cast<int32_t>(i % 2) * 20, 0);
-    design = Thread(design, ColorRef(static_cast<uint8_t>(i), 0, 0));
+    colors.push_back(ColorRef(static_cast<uint8_t>(i), 0, 0));
   }
-  test::SetNodes(design, nodes);
+  Design design = test::DesignOf(nodes, colors);
   design.name = "many.pes";
   return design;
 }
@@ -396,30 +350,23 @@ TEST(PesWriter, AsManyColoursAsTheCountByteHoldsAndNoMore) {
 }
 
 TEST(PesHeaderThreadsWriter, BrandsAppliqueAndSharedRecords) {
+  auto thread = [](uint32_t rgb, int32_t chartIndex, const char* brand = "", const char* description = "") {
+    ThreadColor t;
+    t.rgb = rgb, t.chartIndex = chartIndex, t.brand = brand, t.description = description;
+    return t;
+  };
   Design design;
   design.formatVersion = 1;
   uint8_t r, g, b;
-  ThreadColor palette;  // a version 1 thread: palette index, no brand
-  palette.rgb = PecColorRgb(5, r, g, b);
-  palette.chartIndex = 5;
-  ThreadColor applique;
+  const ThreadColor palette = thread(PecColorRgb(5, r, g, b), 5);  // a version 1 thread: palette index, no brand
+  ThreadColor applique = thread(ColorRef(1, 2, 3), 0);
   applique.colorName = "Applique Pos.";
-  applique.rgb = ColorRef(1, 2, 3);
-  ThreadColor branded;  // keeps its own colour under a chart brand
-  branded.rgb = ColorRef(1, 2, 4);
-  branded.brand = "Sulky Rayon";
-  branded.chartIndex = 0x1100;
-  // Country threads keep the palette position a reader names them by: the
-  // description of a read record, or the code of the nearest chart entry.
-  ThreadColor countryRead;
-  countryRead.rgb = ColorRef(231, 2, 104);  // Country "Red"; the nearest palette colour is Dark Fuschia, 51
-  countryRead.brand = "Country";
-  countryRead.description = "5";
-  countryRead.chartIndex = 0x200;
-  ThreadColor countryByColor;
-  countryByColor.rgb = ColorRef(230, 5, 100);
-  countryByColor.chartIndex = 0x200;
-  design.threads = {palette, applique, palette, branded, countryRead, countryByColor};
+  // The branded thread keeps its own colour under a chart brand. Country
+  // threads keep the palette position a reader names them by: the description
+  // of a read record, or the code of the nearest chart entry. (231, 2, 104) is
+  // Country "Red"; the nearest palette colour is Dark Fuschia, 51.
+  design.threads = {palette, applique, palette, thread(ColorRef(1, 2, 4), 0x1100, "Sulky Rayon"),
+                    thread(ColorRef(231, 2, 104), 0x200, "Country", "5"), thread(ColorRef(230, 5, 100), 0x200)};
   EXPECT_EQ(BuildHeaderThreads(design), (std::vector<int>{0, 1, 0, 2, 3, 3}));
   for (size_t i = 4; i < 6; ++i) {
     const ThreadColor& country = design.threads[i];
@@ -427,16 +374,14 @@ TEST(PesHeaderThreadsWriter, BrandsAppliqueAndSharedRecords) {
               std::make_tuple("5", PecStandardNumber(5), "COUNTRY", ColorRef(231, 2, 104), 11))
         << i;
   }
-  ASSERT_EQ(design.fileThreads.size(), 4u);
-  EXPECT_EQ(design.fileThreads[0].brand, "EMBROIDERY");
-  EXPECT_EQ(design.fileThreads[0].description, "5");
-  EXPECT_EQ(design.fileThreads[0].catalogNumber, PecStandardNumber(5));
-  EXPECT_EQ(design.fileThreads[0].threadKind, 10);
-  EXPECT_EQ(design.fileThreads[1].catalogNumber, "101");
-  EXPECT_TRUE(design.fileThreads[1].brand.empty());
-  EXPECT_EQ(design.fileThreads[2].brand, "SU Rayon");
-  EXPECT_EQ(design.fileThreads[2].rgb, ColorRef(1, 2, 4));
-  EXPECT_EQ(design.fileThreads[2].threadKind, 1);
+  using Record = std::tuple<std::string, std::string, std::string, uint32_t, int32_t>;  // brand, description, number
+  std::vector<Record> records;
+  for (const ThreadColor& t : design.fileThreads) records.emplace_back(t.brand, t.description, t.catalogNumber, t.rgb, t.threadKind);
+  ASSERT_EQ(records.size(), 4u);
+  EXPECT_EQ(records[0], Record("EMBROIDERY", "5", PecStandardNumber(5), palette.rgb, 10));
+  EXPECT_EQ(std::get<2>(records[1]), "101");
+  EXPECT_EQ(std::get<0>(records[1]), "");
+  EXPECT_EQ(records[2], Record("SU Rayon", "", "", ColorRef(1, 2, 4), 1));
 }
 
 TEST(PesLabels, NumberOverLogoOrAppliquePicture) {

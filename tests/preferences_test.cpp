@@ -127,7 +127,16 @@ TEST_F(PreferencesTest, NamesIgnoreCaseAndKeepTheirStoredSpelling) {
   EXPECT_EQ(values[0].number, 10u);
 }
 
-TEST_F(PreferencesTest, WritesTheExportFormat) {
+TEST_F(PreferencesTest, EachTreeWritesTheExportFormatToItsOwnFile) {
+  PreferenceStore(PreferenceTree::kResize).SetInt("", "Sensitivity", 12);
+  EXPECT_EQ(ReadFile(root_ / "config" / "selvane" / "QXTessimo.reg"),
+            "WINE REGISTRY Version 2\n"
+            ";; All keys relative to HKEY_CURRENT_USER\\Software\\Selvane\\QXTessimo\n\n"
+            "\"Sensitivity\"=dword:0000000c\n\n");
+  PreferenceStore(PreferenceTree::kProfile).SetString("Directories", "SaveAs", "/home/x");
+  EXPECT_TRUE(fs::exists(root_ / "config" / "selvane" / "FennickAddin.reg"));
+  EXPECT_FALSE(fs::exists(MainFile()));
+
   const PreferenceStore store;
   store.SetString("Settings", "Tools otf", "a\"b\\c");
   store.SetInt("Settings", "BMP Size", 255);
@@ -193,6 +202,25 @@ TEST_F(PreferencesTest, DamagedFilesGiveDefaults) {
     EXPECT_EQ(GetBaste().edge, 3) << i;
     EXPECT_EQ(GetBaste().length, 6) << i;
   }
+  // Every cut of a stored file gives the stored value or the default, never a
+  // third value; garbage gives defaults and is rewritten on the next write.
+  const PreferenceStore store;
+  store.SetInt("Settings", "Baste edge", 0x3a);
+  store.SetString("Settings", "Workspace", "/home/designs/");
+  const std::string whole = ReadFile(MainFile());
+  for (size_t length = 0; length <= whole.size(); ++length) {
+    WriteFile(MainFile(), whole.substr(0, length));
+    const int32_t edge = store.GetInt("Settings", "Baste edge", -1);
+    EXPECT_TRUE(edge == 0x3a || edge == -1) << "cut at " << length << " gave " << edge;
+    const std::string workspace = store.GetString("Settings", "Workspace", "none");
+    EXPECT_TRUE(workspace == "/home/designs/" || workspace == "none") << "cut at " << length;
+  }
+  std::string garbage(4096, 0);
+  for (size_t i = 0; i < garbage.size(); ++i) garbage[i] = static_cast<char>(i * 131 + (i >> 8));
+  WriteFile(MainFile(), garbage);
+  EXPECT_EQ(store.GetInt("Settings", "Baste edge", -1), -1);
+  store.SetInt("Settings", "Baste edge", 5);
+  EXPECT_EQ(store.GetInt("Settings", "Baste edge", -1), 5);
   WriteFile(MainFile(), "");
   EXPECT_EQ(GetBaste().edge, 1);
   fs::remove(MainFile());
@@ -243,17 +271,6 @@ TEST_F(PreferencesTest, ReadConversionOverlaysStoredValuesOnTheBuiltInRow) {
   ReadConversion("abc", record);
   EXPECT_EQ(record.hoopWidth, 300) << "another extension reads its own names";
   EXPECT_EQ(record.pes5, 1010);
-}
-
-TEST_F(PreferencesTest, TreesHaveTheirOwnFiles) {
-  PreferenceStore(PreferenceTree::kResize).SetInt("", "Sensitivity", 12);
-  EXPECT_EQ(ReadFile(root_ / "config" / "selvane" / "QXTessimo.reg"),
-            "WINE REGISTRY Version 2\n"
-            ";; All keys relative to HKEY_CURRENT_USER\\Software\\Selvane\\QXTessimo\n\n"
-            "\"Sensitivity\"=dword:0000000c\n\n");
-  PreferenceStore(PreferenceTree::kProfile).SetString("Directories", "SaveAs", "/home/x");
-  EXPECT_TRUE(fs::exists(root_ / "config" / "selvane" / "FennickAddin.reg"));
-  EXPECT_FALSE(fs::exists(MainFile()));
 }
 
 TEST_F(PreferencesTest, MachineToolsComeFromTheFirstConfigDirHoldingThem) {

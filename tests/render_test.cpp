@@ -239,13 +239,10 @@ TEST(StitchBitmapMapping, FitPanAndRounding) {
 
 TEST(DesignRenderer, BlocksTheCornerPenAndOutline) {
   // On 20 by 20 the fit is (20 - 8) / 10 = 1.2: x -50..50 is pixels 4..16, y 0 row 10.
-  Design design;
-  design.threads.resize(2);
-  design.threads[0].rgb = 0x0000FF;  // pen 0xFF0000
-  design.threads[1].rgb = 0xFF0000;  // pen 0x0000FF
-  design.minX = -50;
-  design.maxX = 50;
-  test::SetNodes(design, {{-50, 0, STITCH_JUMP}, {100, 0, 0}, {0, 0, STITCH_COLORSTOP}, {-100, 0, 0}});
+  // Threads 0x0000FF and 0xFF0000 draw with pens 0xFF0000 and 0x0000FF.
+  Design design = test::DesignOf({{-50, 0, STITCH_JUMP}, {100, 0, 0}, {0, 0, STITCH_COLORSTOP}, {-100, 0, 0}},
+                                 {0x0000FF, 0xFF0000});
+  design.minX = -50, design.maxX = 50;
   DesignRenderer renderer;
   ASSERT_EQ(renderer.bitmap.Create(20, 20), 0);
   renderer.design = &design;

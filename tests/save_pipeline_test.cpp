@@ -3,11 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "core/format_table.h"
-#include "core/user_interface.h"
 #include "tests/test_support.h"
 
 namespace fennick {
@@ -15,10 +13,8 @@ namespace {
 
 // A centred w by h rectangle (stitch units, both even), one thread.
 Design Rectangle(int32_t width, int32_t height) {
-  Design design;
+  Design design = test::DesignOf({{-width / 2, -height / 2, STITCH_JUMP}, {width, 0, 0}, {0, height, 0}}, {0});
   design.name = "rect.dst";
-  design.threads.resize(1);
-  test::SetNodes(design, {{-width / 2, -height / 2, STITCH_JUMP}, {width, 0, 0}, {0, height, 0}});
   design.ComputeBounds();
   return design;
 }
@@ -97,19 +93,12 @@ TEST(FitDesignToHoop, TurnsShrinksOrRefuses) {
   }
 }
 
-TEST(FitDesignToHoop, CentresAFittingDesignAndLeavesARefusedOneAlone) {
-  Design design;
-  test::SetNodes(design, {{10, 0, 0}, {0, 4, 0}});
+TEST(FitDesignToHoop, CentresAFittingDesign) {
   // Stands at x 10, y 0 to 4: a jump to (-10, -2) goes in front.
+  Design design = test::DesignOf({{10, 0, 0}, {0, 4, 0}});
   ASSERT_EQ(FitDesignToHoop(design, Hoop(1, 1, 0, 0, 0, 0)), 0);
   EXPECT_EQ(test::Nodes(design), (std::vector<test::Node>{{-10, -2, STITCH_JUMP}, {10, 0, 0}, {0, 4, 0}}));
   EXPECT_EQ(design.minY, -2);
-
-  test::SetNodes(design, {{0, 0, 0}, {30, 0, 0}});
-  design.maxX = 7;
-  ASSERT_EQ(FitDesignToHoop(design, Hoop(1, 1, 1, 1, 1, 10)), 1);
-  EXPECT_EQ(test::Nodes(design), (std::vector<test::Node>{{0, 0, 0}, {30, 0, 0}}));
-  EXPECT_EQ(design.maxX, 7);
 }
 
 TEST(FitDesignToHoop, ShrinkCarriesTheErrorAndNarrowsTo16Bits) {
@@ -134,8 +123,7 @@ TEST(FitDesignToHoop, ShrinkCarriesTheErrorAndNarrowsTo16Bits) {
        {{-18750, 0, STITCH_JUMP}, {-28036, 0, 0}}},
   };
   for (const Case& c : cases) {
-    Design design;
-    test::SetNodes(design, c.nodes);
+    Design design = test::DesignOf(c.nodes);
     ASSERT_EQ(FitDesignToHoop(design, c.settings), 0) << c.what;
     EXPECT_EQ(test::Nodes(design), c.expected) << c.what;
   }
@@ -178,39 +166,10 @@ TEST(SplitDesign, KeepsColoursWholeAndStartsThePieceFromTheOrigin) {
   }
 }
 
-TEST(SplitDesign, JefLimitsSplitAfter64000Nodes) {
-  const ConversionSettings& jef = BuiltInConversion(kFormatJef);
-  for (const size_t count : {size_t{64000}, size_t{64001}}) {
-    Design design;
-    design.threads.resize(1);
-    for (size_t i = 0; i < count; ++i) design.stitches.PushBack(2, -1, 0);
-    Design rest = SplitDesign(design, jef.stitchLimit, jef.colorLimit);
-    EXPECT_EQ(design.stitches.Size(), 64000u) << count;
-    if (count == 64000) {
-      EXPECT_TRUE(rest.stitches.Empty());
-      continue;
-    }
-    // Node 64001 stands at 64001 * (2, -1); the thread in use goes with it.
-    EXPECT_EQ(test::Nodes(rest), (std::vector<test::Node>{{128002, -64001, STITCH_JUMP}}));
-    EXPECT_EQ(rest.threads.size(), 1u);
-    EXPECT_TRUE(design.threads.empty());
-  }
-}
-
 class SaveDesignTest : public ::testing::Test {
  protected:
-  struct Recorder : UserInterface {
-    MessageAnswer ShowMessage(const std::string& text, const std::string& caption, MessageButtons) override {
-      messages.emplace_back(caption, text);
-      return MessageAnswer::kOk;
-    }
-    void SetWaitCursor(bool) override {}
-    std::vector<std::pair<std::string, std::string>> messages;
-  } recorder;
+  test::Messages messages;
   test::ScratchFolder folder;
-
-  void SetUp() override { SetUserInterface(&recorder); }
-  void TearDown() override { SetUserInterface(nullptr); }
 
   std::vector<std::string> Save(Design design, int flag, const ConversionSettings* settings, int expected) {
     std::vector<DesignPath> written;
@@ -241,7 +200,7 @@ TEST_F(SaveDesignTest, SplitsIntoNumberedPiecesAsTheSettingsSay) {
   settings.stitchLimit = 5;
   design.name = folder.File("one.pes");
   EXPECT_EQ(Save(design, 0, &settings, 1), (std::vector<std::string>{"one.pes"}));
-  EXPECT_TRUE(recorder.messages.empty());
+  EXPECT_TRUE(messages.lines.empty());
 }
 
 TEST_F(SaveDesignTest, ExtensionDecidesTheFileWritten) {
@@ -272,20 +231,10 @@ TEST_F(SaveDesignTest, ExtensionDecidesTheFileWritten) {
     }
   }
   EXPECT_EQ(folder.Read("card.pes").at(0), '#');
-  EXPECT_TRUE(recorder.messages.empty());
+  EXPECT_TRUE(messages.lines.empty());
 }
 
-TEST_F(SaveDesignTest, StoredShrinkLetsTenPercentThrough) {
-  // DST's built-in hoop is 300 mm; 333 mm overshoots it by 9.9 percent of the design.
-  Design design = Rectangle(3330, 1000);
-  design.name = folder.File("wide.dst");
-  Save(design, 1, nullptr, 0);
-  PreferenceStore().SetInt("Conversion", "dstsh", 10);
-  EXPECT_EQ(Save(design, 1, nullptr, 1), (std::vector<std::string>{"wide.dst"}));
-  ASSERT_EQ(recorder.messages.size(), 1u);
-}
-
-TEST_F(SaveDesignTest, FailuresShowASaveError) {
+TEST_F(SaveDesignTest, FailuresShowASaveErrorAndAStoredShrinkLetsTenPercentThrough) {
   ConversionSettings small = Hoop(10, 10, 1, 0, 1, 10);
   Design big = Rectangle(200, 200);
   big.name = folder.File("big.pes");
@@ -293,11 +242,16 @@ TEST_F(SaveDesignTest, FailuresShowASaveError) {
   Design picture = Rectangle(200, 200);
   picture.name = folder.File("rose.bmp");
   Save(picture, 1, nullptr, 0);
-  const std::vector<std::pair<std::string, std::string>> expected = {
-      {"Save Error", folder.File("big.pes") + " is too big for the current hoop."},
-      {"Save Error", folder.File("rose.bmp") + " could not be saved."},
-  };
-  EXPECT_EQ(recorder.messages, expected);
+  // DST's built-in hoop is 300 mm; 333 mm overshoots it by 9.9 percent of the design.
+  Design wide = Rectangle(3330, 1000);
+  wide.name = folder.File("wide.dst");
+  Save(wide, 1, nullptr, 0);
+  PreferenceStore().SetInt("Conversion", "dstsh", 10);
+  EXPECT_EQ(Save(wide, 1, nullptr, 1), (std::vector<std::string>{"wide.dst"}));
+  EXPECT_EQ(messages.lines, (std::vector<std::string>{folder.File("big.pes") + " is too big for the current hoop.",
+                                                       folder.File("rose.bmp") + " could not be saved.",
+                                                       folder.File("wide.dst") + " is too big for the current hoop."}));
+  EXPECT_EQ(messages.captions, std::vector<std::string>(3, "Save Error"));
   EXPECT_FALSE(std::filesystem::exists(folder.File("big.pes")));
 }
 

@@ -7,7 +7,6 @@
 #include "formats/dst.h"
 #include "core/byte_cursor.h"
 #include "tests/test_support.h"
-#include "tools/sample_design.h"
 
 namespace fennick {
 namespace {
@@ -17,11 +16,8 @@ namespace {
 constexpr size_t kWhole = 74, kSmall = 268, kLarge = 1084, kOutline = 6102, kStream = 7544;
 
 TEST(SewWriter, GoldenHeaderAndStream) {
-  Design design;
-  design.threads.resize(2);
-  design.threads[0].rgb = ColorRef(255, 0, 0);  // Janome 10, Red
-  design.threads[1].rgb = ColorRef(0, 0, 0);    // Janome 1, Black
-  test::SetNodes(design, {{10, 0, 0}, {0, 0, STITCH_COLORSTOP}, {200, 0, 0}});
+  // Janome 10, Red and Janome 1, Black.
+  Design design = test::DesignOf({{10, 0, 0}, {0, 0, STITCH_COLORSTOP}, {200, 0, 0}}, {ColorRef(255, 0, 0), 0});
   std::vector<uint8_t> out;
   ASSERT_EQ(WriteSew(design, out), 0);
 
@@ -74,10 +70,8 @@ TEST(SewWriter, PicturesShowTheTopOfTheDesignAtTheTop) {
   // One colour: a run along the top, then down the right side. The pictures
   // keep the bounds of the centred design, so the move to the start point
   // shifts the drawing by 100 of 2000 units down.
-  Design design;
-  design.threads.resize(1);
-  test::SetNodes(design, {{0, 2000, STITCH_JUMP}, {100, 0, 0}, {100, 0, 0}, {100, 0, 0}, {100, 0, 0},
-                          {100, 0, 0},            {0, -1000, 0}, {0, -1000, 0}});
+  Design design = test::DesignOf({{0, 2000, STITCH_JUMP}, {100, 0, 0}, {100, 0, 0}, {100, 0, 0}, {100, 0, 0},
+                                  {100, 0, 0}, {0, -1000, 0}, {0, -1000, 0}}, {0});
   std::vector<uint8_t> out;
   ASSERT_EQ(WriteSew(design, out), 0);
   int top = 0, bottom = 0;
@@ -162,27 +156,6 @@ TEST(SewReader, ShortFilesHaveThreadsButNoStitches) {
   }
 }
 
-TEST(SewRoundTrip, SampleDesignKeepsItsStitches) {
-  Design design = SampleDesign();
-  const Design original = design;
-  std::vector<uint8_t> bytes;
-  ASSERT_EQ(WriteSew(design, bytes), 0);
-  // Written 17.5 mm right of and 10 mm below the centre.
-  int32_t x = 0, y = 0;
-  for (const StitchNode& node : design.stitches) x += node.dx, y += node.dy;
-  Design centred = original;
-  const StitchPoint end = centred.Centre();
-  EXPECT_EQ(x - end.x, 175);
-  EXPECT_EQ(y - end.y, -100);
-
-  Design read;
-  ASSERT_TRUE(ReadSew(read, test::AsReaderInput(bytes)));
-  EXPECT_EQ(test::FromFirst(test::NeedlePath(read)), test::FromFirst(test::NeedlePath(original)));
-  ASSERT_EQ(read.threads.size(), original.threads.size());
-  for (size_t i = 0; i < read.threads.size(); ++i) EXPECT_EQ(read.threads[i].chartIndex, design.threads[i].chartIndex);
-  EXPECT_EQ(read.maxX + read.minX, read.maxX - std::abs(read.minX));  // centred again
-}
-
 TEST(SewSamples, MatchesTheSameDesignInDst) {
   Design sew, dst;
   ASSERT_TRUE(test::ReadSample(ReadSew, sew, "geometric_objects.sew"));
@@ -198,16 +171,6 @@ TEST(SewSamples, MatchesTheSameDesignInDst) {
   const auto b = test::NeedlePoints(dst, test::Landing::kPlain, test::LowerLeft(dst));
   ASSERT_GT(a.size(), 3000u);
   EXPECT_GT(a.size() - test::CountMissing(a, b), a.size() * 99 / 100);
-}
-
-TEST(SewReader, EveryTruncationReadsSafely) {
-  // Every length through the header and the first 2000 stream bytes, then
-  // every 61st: each stitch read costs the whole file's end steps.
-  const std::vector<uint8_t> file = test::ReadTestFile("geometric_objects.sew");
-  for (const size_t length : test::CutLengths(file.size(), kStream + 2000, 61)) {
-    Design design;
-    ReadSew(design, test::CutInput(file, length));
-  }
 }
 
 }  // namespace

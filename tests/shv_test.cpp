@@ -122,7 +122,6 @@ TEST(ShvReader, LargePictureFormAndTruncatedStream) {
 
 TEST(ShvReader, StarSampleMatchesThePesOfTheSameDesign) {
   Design shv, pes;
-  shv.name = "Star.shv";
   ASSERT_TRUE(test::ReadSample(ReadShv, shv, "Star.shv"));
   ASSERT_TRUE(test::ReadSample(ReadPesFile, pes, "star.pes"));
   // The table names palette entries 41 and 12 and no chart.
@@ -135,15 +134,6 @@ TEST(ShvReader, StarSampleMatchesThePesOfTheSameDesign) {
   const size_t missing = test::CountMissing(stitches, test::NeedlePoints(pes, test::Landing::kAny));
   EXPECT_GT(stitches.size(), 2000u);
   EXPECT_EQ(missing, 0u);
-}
-
-TEST(ShvReader, EveryTruncationOfTheSampleReads) {
-  const std::vector<uint8_t> bytes = test::ReadTestFile("Star.shv");
-  for (const size_t length : test::CutLengths(bytes.size())) {
-    Design design;
-    design.name = "cut.shv";
-    ReadShv(design, test::CutInput(bytes, length));
-  }
 }
 
 }  // namespace

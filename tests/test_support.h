@@ -26,11 +26,22 @@ inline void SetNodes(Design& design, const std::vector<Node>& nodes) {
   for (const auto& [dx, dy, flags] : nodes) design.stitches.PushBack(dx, dy, flags);
 }
 
+// A design of `nodes` with a thread of each colour (0x00BBGGRR) in `colors`;
+// {0, 0} gives two blank threads.
+inline Design DesignOf(const std::vector<Node>& nodes, const std::vector<uint32_t>& colors = {}) {
+  Design design;
+  for (const uint32_t rgb : colors) design.threads.emplace_back().rgb = rgb;
+  SetNodes(design, nodes);
+  return design;
+}
+
 inline std::vector<Node> Nodes(const Design& design) {
   std::vector<Node> nodes;
   for (const StitchNode& node : design.stitches) nodes.emplace_back(node.dx, node.dy, node.flags);
   return nodes;
 }
+
+inline std::vector<uint8_t> ToBytes(const std::string& text) { return {text.begin(), text.end()}; }
 
 // The file's bytes and the zero byte that ReadDesignFile adds for the readers.
 inline std::vector<uint8_t> AsReaderInput(std::vector<uint8_t> bytes) {
@@ -49,9 +60,11 @@ std::vector<size_t> CutLengths(size_t size, size_t everyBelow = SIZE_MAX, size_t
 
 std::vector<uint8_t> ReadTestFile(const std::string& name);  // from tests/data
 
-// Reads the sample `name` from tests/data as ReadDesignFile would hand it on.
+// Reads the sample `name` from tests/data as ReadDesignFile would: named, and
+// with the zero byte.
 using SampleReader = bool (*)(Design& design, std::span<const uint8_t> bytes);
 inline bool ReadSample(SampleReader read, Design& design, const std::string& name) {
+  design.name = name;
   return read(design, AsReaderInput(ReadTestFile(name)));
 }
 
@@ -88,19 +101,20 @@ size_t CountMissing(const Points& points, const std::set<Point>& within) {
 }
 
 // Stands in for the user while it lives: every message box answers OK, and
-// its text is kept in `lines`.
+// its text is kept in `lines`, its caption in `captions`.
 class Messages : public UserInterface {
  public:
   Messages() { SetUserInterface(this); }
   ~Messages() override { SetUserInterface(nullptr); }
   Messages(const Messages&) = delete;
   Messages& operator=(const Messages&) = delete;
-  MessageAnswer ShowMessage(const std::string& text, const std::string&, MessageButtons) override {
+  MessageAnswer ShowMessage(const std::string& text, const std::string& caption, MessageButtons) override {
     lines.push_back(text);
+    captions.push_back(caption);
     return MessageAnswer::kOk;
   }
   void SetWaitCursor(bool) override {}
-  std::vector<std::string> lines;
+  std::vector<std::string> lines, captions;
 };
 
 // A fresh folder under the system's temporary folder, removed at the end. For

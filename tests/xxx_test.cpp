@@ -9,7 +9,6 @@
 #include "core/byte_cursor.h"
 #include "tests/test_support.h"
 #include "threads/thread_charts.h"
-#include "tools/sample_design.h"
 
 namespace fennick {
 namespace {
@@ -43,22 +42,11 @@ std::vector<uint8_t> XxxFile(const std::string& stream, const std::vector<uint32
 }
 
 TEST(XxxWriter, GoldenBytes) {
-  Design design;
-  design.threads.resize(2);
-  design.threads[0].rgb = ColorRef(1, 2, 3);
-  design.threads[1].rgb = ColorRef(250, 251, 252);
-  design.minX = -7;
-  design.maxX = 20;
-  design.minY = -4;
-  design.maxY = 9;
-  test::SetNodes(design, {{5, -3, STITCH_JUMP},
-                          {10, 20, 0},
-                          {0, 0, STITCH_COLORSTOP},
-                          {200, 0, 0},
-                          {130, -1, STITCH_JUMP},
-                          {3, 4, STITCH_COLORSTOP | STITCH_JUMP},
-                          {3, 4, STITCH_COLORSTOP},
-                          {-5, 3, 0}});
+  Design design = test::DesignOf({{5, -3, STITCH_JUMP}, {10, 20, 0}, {0, 0, STITCH_COLORSTOP}, {200, 0, 0},
+                                  {130, -1, STITCH_JUMP}, {3, 4, STITCH_COLORSTOP | STITCH_JUMP},
+                                  {3, 4, STITCH_COLORSTOP}, {-5, 3, 0}},
+                                 {ColorRef(1, 2, 3), ColorRef(250, 251, 252)});
+  design.minX = -7, design.maxX = 20, design.minY = -4, design.maxY = 9;
   std::vector<uint8_t> out;
   ASSERT_EQ(WriteXxx(design, out), 0);
 
@@ -158,22 +146,6 @@ TEST(XxxReader, ColourTableBeyondTheEndRepeatsTheLastValue) {
   EXPECT_EQ(design.stitches.Size(), black.stitches.Size());
 }
 
-TEST(XxxRoundTrip, SampleDesignKeepsItsStitchesButTheLastFourBytes) {
-  Design design = SampleDesign();
-  // Moves of 124 units or more would come back as jumps.
-  design.SplitLongStitches(121, 0, false);
-  const Design original = design;
-  std::vector<uint8_t> bytes;
-  ASSERT_EQ(WriteXxx(design, bytes), 0);
-  Design read;
-  ASSERT_TRUE(ReadXxx(read, test::AsReaderInput(bytes)));
-  std::vector<test::Point> expected = test::FromFirst(test::NeedlePath(original));
-  // The reader stops four bytes before the trailer: the last two stitches.
-  expected.resize(expected.size() - 2);
-  EXPECT_EQ(test::FromFirst(test::NeedlePath(read)), expected);
-  EXPECT_EQ(read.threads.size(), original.threads.size());
-}
-
 TEST(XxxSamples, MatchTheSameDesignInDst) {
   Design xxx, dst;
   ASSERT_TRUE(test::ReadSample(ReadXxx, xxx, "geometric_objects.xxx"));
@@ -212,14 +184,6 @@ TEST(XxxSamples, AnOffsetThatDoesNotPointPastTheStitchDataIsNotFollowed) {
       EXPECT_EQ(test::FromFirst(test::NeedlePath(design)), test::FromFirst(test::NeedlePath(original)))
           << name << " " << offset;
     }
-  }
-}
-
-TEST(XxxReader, EveryTruncationReadsSafely) {
-  const std::vector<uint8_t> file = test::ReadTestFile("Star.xxx");
-  for (const size_t length : test::CutLengths(file.size())) {
-    Design design;
-    ReadXxx(design, test::CutInput(file, length));
   }
 }
 
