@@ -4,6 +4,8 @@
 #include <cstdio>
 #include <mutex>
 
+#include "core/text.h"
+
 namespace fennick {
 namespace {
 
@@ -50,5 +52,11 @@ UserInterface& CurrentUserInterface() {
 void SetUserInterface(UserInterface* ui) { injected.store(ui); }
 
 void ReportToUser(const std::string& text) { CurrentUserInterface().ShowMessage(text, "", MessageButtons::kOk); }
+
+void ReportFormatLimit(const std::string& name, const char* format, size_t limit, const char* what, size_t count,
+                       const char* option, size_t split) {
+  ReportToUser(FormatText("%s: %s holds at most %zu %s; this design has %zu: split it with %s %zu", name.c_str(), format,
+                          limit, what, count, option, split));
+}
 
 }  // namespace fennick

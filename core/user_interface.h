@@ -3,6 +3,7 @@
 // the safe button, so that nothing ever waits for a click that cannot come.
 #pragma once
 
+#include <cstddef>
 #include <string>
 
 namespace fennick {
@@ -32,5 +33,10 @@ void SetUserInterface(UserInterface* ui);
 // The user-visible error channel of readers and writers: a message box with
 // no caption and only an OK button.
 void ReportToUser(const std::string& text);
+// Tells the user that `name` passes what a format holds, and how to split it:
+// "<name>: <format> holds at most <limit> <what>; this design has <count>:
+// split it with <option> <split>".
+void ReportFormatLimit(const std::string& name, const char* format, size_t limit, const char* what, size_t count,
+                       const char* option, size_t split);
 
 }  // namespace fennick

@@ -5,7 +5,6 @@
 #include <string>
 
 #include "core/byte_cursor.h"
-#include "core/text.h"
 #include "core/user_interface.h"
 #include "threads/palettes.h"
 
@@ -130,9 +129,8 @@ int WritePcs(Design& design, std::vector<uint8_t>& out) {
   out.clear();
   if (design.stitches.Empty()) return -1;
   if (design.stitches.Size() > kMaxNodes) {
-    ReportToUser(FormatText("%s: PCS holds at most %zu stitches; this design has %zu: split it with "
-                            "--split-stitches %zu",
-                            design.name.c_str(), kMaxNodes, design.stitches.Size(), kSuggestedSplit));
+    ReportFormatLimit(design.name, "PCS", kMaxNodes, "stitches", design.stitches.Size(), "--split-stitches",
+                      kSuggestedSplit);
     return -1;
   }
   const size_t threadCount = design.threads.size();

@@ -4,7 +4,6 @@
 #include <array>
 
 #include "core/byte_cursor.h"
-#include "core/text.h"
 #include "core/user_interface.h"
 #include "formats/jef.h"
 #include "formats/long_moves.h"
@@ -143,8 +142,7 @@ int WriteSew(Design& design, std::vector<uint8_t>& out) {
   out.clear();
   if (design.stitches.Empty() || design.threads.empty()) return -1;
   if (design.threads.size() > kMaxThreads) {
-    ReportToUser(FormatText("%s: SEW holds at most %zu colours; this design has %zu: split it with --split-colors %zu",
-                            design.name.c_str(), kMaxThreads, design.threads.size(), kMaxThreads));
+    ReportFormatLimit(design.name, "SEW", kMaxThreads, "colours", design.threads.size(), "--split-colors", kMaxThreads);
     return -1;
   }
   const size_t threadCount = design.threads.size();
