@@ -27,6 +27,27 @@ struct Extent {
   }
 };
 
+// Follows the needle from the origin, widening the bounds at every point.
+struct BoundsWalk {
+  int32_t x = 0, y = 0;
+  int32_t minX = kExtentMin, maxX = kExtentMax, minY = kExtentMin, maxY = kExtentMax;
+  void Pass(const StitchNode& node) {
+    x = Wrap32(int64_t{x} + node.dx);
+    y = Wrap32(int64_t{y} + node.dy);
+    maxX = std::max(maxX, x);
+    minX = std::min(minX, x);
+    maxY = std::max(maxY, y);
+    minY = std::min(minY, y);
+  }
+  StitchPoint Store(Design& design) const {
+    design.minX = minX;
+    design.maxX = maxX;
+    design.minY = minY;
+    design.maxY = maxY;
+    return {x, y};
+  }
+};
+
 double MoveLength(const StitchNode& node) {
   const double dx = node.dx, dy = node.dy;
   return std::sqrt(dx * dx + dy * dy);
@@ -116,20 +137,11 @@ void Design::Clear() {
 }
 
 StitchPoint Design::ComputeBounds(StitchNode* start) {
-  maxX = maxY = kExtentMax;
-  minX = minY = kExtentMin;
-  StitchNode* node = start != nullptr ? start : stitches.Head();
-  if (node == nullptr) return {};
-  int32_t x = 0, y = 0;
-  for (; node != nullptr; node = node->Next()) {
-    x = Wrap32(int64_t{x} + node->dx);
-    y = Wrap32(int64_t{y} + node->dy);
-    maxX = std::max(maxX, x);
-    minX = std::min(minX, x);
-    maxY = std::max(maxY, y);
-    minY = std::min(minY, y);
+  BoundsWalk walk;
+  for (StitchNode* node = start != nullptr ? start : stitches.Head(); node != nullptr; node = node->Next()) {
+    walk.Pass(*node);
   }
-  return {x, y};
+  return walk.Store(*this);
 }
 
 StitchPoint Design::Centre(StitchNode* start) {
@@ -174,11 +186,14 @@ StitchPoint Design::CentreOnBounds(StitchNode* start, StitchPoint end) {
 }
 
 void Design::MergeJumps(bool keepStitches) {
+  // A node is final once the walk leaves it, so the bounds are measured on the way.
+  BoundsWalk walk;
   StitchNode* current = stitches.Head();
-  while (current != nullptr && current->Next() != nullptr) {
+  while (current != nullptr) {
     StitchNode* next = current->Next();
-    if (!current->IsJump() || (!next->IsJump() && keepStitches) ||
-        current->IsColorStop() || next->IsColorStop()) {
+    if (next == nullptr || !current->IsJump() || (!next->IsJump() && keepStitches) || current->IsColorStop() ||
+        next->IsColorStop()) {
+      walk.Pass(*current);
       current = next;
       continue;
     }
@@ -187,9 +202,13 @@ void Design::MergeJumps(bool keepStitches) {
     const bool nextWasJump = next->IsJump();
     stitches.Remove(next);
     // A swallowed landing stitch ends the run.
-    if (!nextWasJump) current = current->Next();
+    if (!nextWasJump) {
+      walk.Pass(*current);
+      current = current->Next();
+    }
   }
   if (StitchNode* tail = stitches.Tail()) tail->flags &= ~STITCH_COLORSTOP;
+  walk.Store(*this);
 }
 
 void Design::SplitLongStitches(int32_t maxStep, int32_t /*unused*/, bool pureJumps) {
@@ -264,6 +283,29 @@ void Design::RotateQuarter(int32_t direction) {
   }
   std::swap(maxX, maxY);
   std::swap(minX, minY);
+}
+
+void Design::RotateQuarterMeasured(int32_t direction, bool boundsCurrent) {
+  if (direction == 0 && boundsCurrent) return;
+  const int32_t oldMaxX = maxX, oldMinX = minX, oldMaxY = maxY, oldMinY = minY;
+  if (direction != 0) RotateQuarter(direction);
+  // Bounds holding the origin hold no starting value of the measure; within
+  // these limits negating stays within 32 bits.
+  constexpr int32_t kFar = 1 << 30;
+  if (!boundsCurrent || oldMinX > 0 || oldMaxX < 0 || oldMinY > 0 || oldMaxY < 0 || oldMinX < -kFar ||
+      oldMaxX > kFar || oldMinY < -kFar || oldMaxY > kFar) {
+    ComputeBounds();
+  } else if (direction >= 1) {
+    maxX = oldMaxY;
+    minX = oldMinY;
+    maxY = -oldMinX;
+    minY = -oldMaxX;
+  } else {
+    maxX = -oldMinY;
+    minX = -oldMaxY;
+    maxY = oldMaxX;
+    minY = oldMinX;
+  }
 }
 
 void Design::StripLeadingMoves() {

@@ -136,7 +136,7 @@ class Design {
   // walking the design to measure it again.
   void CentreOnCurrentBounds();
   // Folds runs of jumps; with keepStitches false a jump also swallows the one
-  // stitch after it.
+  // stitch after it. Leaves the bounds of the result measured.
   void MergeJumps(bool keepStitches);
   // Cuts moves longer than maxStep in either axis into jumps. `unused` is kept
   // for the callers' sake and has no effect.
@@ -144,6 +144,10 @@ class Design {
   // A quarter turn, clockwise for direction >= 1 (y grows upwards). The bounds are exchanged,
   // not recomputed.
   void RotateQuarter(int32_t direction);
+  // A quarter turn (none for 0) that leaves the bounds current. A turn maps
+  // every point exactly, so bounds that are current and hold the origin turn
+  // with the design instead of being measured again.
+  void RotateQuarterMeasured(int32_t direction, bool boundsCurrent);
   // Drops leading jumps and empty moves without passing their moves on, then centres.
   void StripLeadingMoves();
   // Makes every stop pure and the thread count match the stops. Returns 0, or 1

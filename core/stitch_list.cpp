@@ -1,15 +1,26 @@
 #include "core/stitch_list.h"
 
+#include <sys/mman.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <cstring>
+#include <new>
 #include <utility>
 
 namespace fennick {
 namespace {
 
-// Blocks grow from a small first one, so that tiny designs stay small and big
-// ones need few allocations.
-constexpr size_t kFirstBlock = 256;
-constexpr size_t kLargestBlock = 1 << 16;
+// Address space a list asks for at first: 214 million nodes, far beyond any
+// design, and free until used. Where the system allows less (a lowered
+// address-space limit), the list settles for less.
+constexpr size_t kReservedBytes = size_t{4} << 30;
+static_assert(kReservedBytes / sizeof(StitchNode) < (size_t{1} << 31), "links are 32-bit offsets");
+
+size_t PageBytes() {
+  static const size_t bytes = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+  return bytes;
+}
 
 }  // namespace
 
@@ -17,68 +28,75 @@ StitchList::StitchList(const StitchList& other) { *this = other; }
 
 StitchList::StitchList(StitchList&& other) noexcept { *this = std::move(other); }
 
+StitchList::~StitchList() { Release(); }
+
 StitchList& StitchList::operator=(const StitchList& other) {
   if (this == &other) return *this;
   Clear();
-  Reserve(other.size_);
-  for (const StitchNode& node : other) PushBack(node.dx, node.dy, node.flags);
+  if (other.Empty()) return *this;
+  // Links are relative, so the used nodes copy as one block, holes and all.
+  Grow(other.used_);
+  std::memcpy(static_cast<void*>(base_), other.base_, other.used_ * sizeof(StitchNode));
+  const auto moved = [&](const StitchNode* node) { return node == nullptr ? nullptr : base_ + (node - other.base_); };
+  head_ = moved(other.head_);
+  tail_ = moved(other.tail_);
+  freeNodes_ = moved(other.freeNodes_);
+  size_ = other.size_;
+  used_ = other.used_;
   return *this;
 }
 
 StitchList& StitchList::operator=(StitchList&& other) noexcept {
   if (this == &other) return *this;
+  Release();
   head_ = std::exchange(other.head_, nullptr);
   tail_ = std::exchange(other.tail_, nullptr);
   size_ = std::exchange(other.size_, 0);
-  blocks_ = std::move(other.blocks_);
-  other.blocks_.clear();
-  blockCursor_ = std::exchange(other.blockCursor_, nullptr);
-  blockEnd_ = std::exchange(other.blockEnd_, nullptr);
+  base_ = std::exchange(other.base_, nullptr);
+  reserved_ = std::exchange(other.reserved_, 0);
+  committed_ = std::exchange(other.committed_, 0);
+  used_ = std::exchange(other.used_, 0);
   freeNodes_ = std::exchange(other.freeNodes_, nullptr);
   return *this;
 }
 
-void StitchList::AddBlock(size_t count) {
-  blocks_.push_back(std::make_unique_for_overwrite<StitchNode[]>(count));
-  blockCursor_ = blocks_.back().get();
-  blockEnd_ = blockCursor_ + count;
-}
-
-void StitchList::Reserve(size_t count) {
-  const size_t spare = static_cast<size_t>(blockEnd_ - blockCursor_);
-  if (count > spare) AddBlock(count);
-}
-
-StitchNode* StitchList::Allocate(int32_t dx, int32_t dy, uint32_t flags) {
-  StitchNode* node = freeNodes_;
-  if (node != nullptr) {
-    freeNodes_ = node->next_;
-  } else {
-    if (blockCursor_ == blockEnd_) {
-      AddBlock(std::clamp(size_, kFirstBlock, kLargestBlock));
+// Makes at least `count` nodes past `used_` usable: reserves the range on first
+// use, then opens it page by page, at least doubling what is open.
+void StitchList::Grow(size_t count) {
+  const size_t needed = used_ + count;
+  if (needed <= committed_) return;
+  if (base_ == nullptr) {
+    for (size_t bytes = kReservedBytes; bytes / sizeof(StitchNode) >= needed; bytes /= 2) {
+      void* range = mmap(nullptr, bytes, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+      if (range == MAP_FAILED) continue;
+      // Large lists fault in 2 MB at a time instead of 4 kB.
+      madvise(range, bytes, MADV_HUGEPAGE);
+      base_ = static_cast<StitchNode*>(range);
+      reserved_ = bytes / sizeof(StitchNode);
+      break;
     }
-    node = blockCursor_++;
+    if (base_ == nullptr) throw std::bad_alloc();
   }
-  node->dx = dx;
-  node->dy = dy;
-  node->flags = flags;
-  node->prev_ = nullptr;
-  node->next_ = nullptr;
-  ++size_;
-  return node;
+  if (needed > reserved_) throw std::bad_alloc();
+  const size_t page = PageBytes();
+  const size_t openBytes = committed_ * sizeof(StitchNode) / page * page;
+  size_t bytes = std::max(needed * sizeof(StitchNode), 2 * openBytes);
+  bytes = std::min((bytes + page - 1) / page * page, reserved_ * sizeof(StitchNode));
+  auto* start = reinterpret_cast<char*>(base_);
+  if (mprotect(start + openBytes, bytes - openBytes, PROT_READ | PROT_WRITE) != 0) throw std::bad_alloc();
+  committed_ = bytes / sizeof(StitchNode);
 }
 
-StitchNode* StitchList::PushBack(int32_t dx, int32_t dy, uint32_t flags) {
-  StitchNode* node = Allocate(dx, dy, flags);
-  node->prev_ = tail_;
-  if (tail_ != nullptr) {
-    tail_->next_ = node;
-  } else {
-    head_ = node;
-  }
-  tail_ = node;
-  return node;
+void StitchList::Release() {
+  if (base_ != nullptr) munmap(base_, reserved_ * sizeof(StitchNode));
+  head_ = tail_ = nullptr;
+  size_ = 0;
+  base_ = nullptr;
+  reserved_ = committed_ = used_ = 0;
+  freeNodes_ = nullptr;
 }
+
+void StitchList::Reserve(size_t count) { Grow(count); }
 
 StitchNode* StitchList::PushFront(int32_t dx, int32_t dy, uint32_t flags) {
   return head_ == nullptr ? PushBack(dx, dy, flags) : InsertBefore(head_, dx, dy, flags);
@@ -87,50 +105,47 @@ StitchNode* StitchList::PushFront(int32_t dx, int32_t dy, uint32_t flags) {
 StitchNode* StitchList::InsertBefore(StitchNode* position, int32_t dx, int32_t dy, uint32_t flags) {
   if (position == nullptr) return PushBack(dx, dy, flags);
   StitchNode* node = Allocate(dx, dy, flags);
-  node->next_ = position;
-  node->prev_ = position->prev_;
-  if (position->prev_ != nullptr) {
-    position->prev_->next_ = node;
+  StitchNode* before = position->Prev();
+  node->next_ = node->OffsetTo(position);
+  node->prev_ = node->OffsetTo(before);
+  if (before != nullptr) {
+    before->next_ = before->OffsetTo(node);
   } else {
     head_ = node;
   }
-  position->prev_ = node;
+  position->prev_ = position->OffsetTo(node);
   return node;
 }
 
 StitchNode* StitchList::InsertAfter(StitchNode* position, int32_t dx, int32_t dy, uint32_t flags) {
   if (position == nullptr || position == tail_) return PushBack(dx, dy, flags);
-  return InsertBefore(position->next_, dx, dy, flags);
+  return InsertBefore(position->Next(), dx, dy, flags);
 }
 
 StitchNode* StitchList::Remove(StitchNode* node) {
-  StitchNode* after = node->next_;
-  if (node->prev_ != nullptr) {
-    node->prev_->next_ = after;
+  StitchNode* before = node->Prev();
+  StitchNode* after = node->Next();
+  if (before != nullptr) {
+    before->next_ = before->OffsetTo(after);
   } else {
     head_ = after;
   }
   if (after != nullptr) {
-    after->prev_ = node->prev_;
+    after->prev_ = after->OffsetTo(before);
   } else {
-    tail_ = node->prev_;
+    tail_ = before;
   }
   --size_;
   if (size_ == 0) {
     Clear();
   } else {
-    node->next_ = freeNodes_;
+    node->prev_ = 0;
+    node->next_ = node->OffsetTo(freeNodes_);
     freeNodes_ = node;
   }
   return after;
 }
 
-void StitchList::Clear() {
-  head_ = tail_ = nullptr;
-  size_ = 0;
-  blocks_.clear();
-  blockCursor_ = blockEnd_ = nullptr;
-  freeNodes_ = nullptr;
-}
+void StitchList::Clear() { Release(); }
 
 }  // namespace fennick

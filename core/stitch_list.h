@@ -1,13 +1,13 @@
-// The needle path: a doubly linked list of relative moves whose nodes come from
-// a pool owned by the list. A node keeps its address while neighbours are
-// inserted and removed, so passes can edit the list as they walk it.
+// The needle path: a doubly linked list of relative moves whose nodes live in
+// one address range reserved by the list. A node keeps its address while
+// neighbours are inserted and removed, so passes can edit the list as they walk
+// it. Links are 32-bit node offsets, which keeps a node at 20 bytes: a
+// million-stitch design is 20 MB of nodes, and a copy is one block copy.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
-#include <memory>
-#include <vector>
 
 namespace fennick {
 
@@ -21,8 +21,8 @@ struct StitchNode {
   int32_t dy = 0;  // positive is up
   uint32_t flags = 0;
 
-  StitchNode* Next() const { return next_; }
-  StitchNode* Prev() const { return prev_; }
+  StitchNode* Next() const { return Linked(next_); }
+  StitchNode* Prev() const { return Linked(prev_); }
   bool IsJump() const { return (flags & STITCH_JUMP) != 0; }
   bool IsColorStop() const { return (flags & STITCH_COLORSTOP) != 0; }
   bool HasMove() const { return dx != 0 || dy != 0; }
@@ -30,8 +30,13 @@ struct StitchNode {
 
  private:
   friend class StitchList;
-  StitchNode* prev_ = nullptr;
-  StitchNode* next_ = nullptr;
+  StitchNode* Linked(int32_t offset) const {
+    return offset == 0 ? nullptr : const_cast<StitchNode*>(this) + offset;
+  }
+  int32_t OffsetTo(const StitchNode* to) const { return to == nullptr ? 0 : static_cast<int32_t>(to - this); }
+  // Offsets in nodes from this one; 0 is no neighbour.
+  int32_t prev_ = 0;
+  int32_t next_ = 0;
 };
 
 class StitchList {
@@ -41,7 +46,7 @@ class StitchList {
   StitchList(StitchList&& other) noexcept;
   StitchList& operator=(const StitchList& other);
   StitchList& operator=(StitchList&& other) noexcept;
-  ~StitchList() = default;
+  ~StitchList();
 
   StitchNode* Head() const { return head_; }
   StitchNode* Tail() const { return tail_; }
@@ -54,11 +59,13 @@ class StitchList {
   StitchNode* InsertAfter(StitchNode* position, int32_t dx, int32_t dy, uint32_t flags);
   // Unlinks `node` and returns the node that followed it.
   StitchNode* Remove(StitchNode* node);
-  // Empties the list and hands its pool back.
+  // Empties the list and hands its memory back.
   void Clear();
-  // Makes room for `count` more nodes in one block, so that a reader that knows
-  // its record count allocates once.
+  // Makes room for `count` more nodes, so that a reader that knows its record
+  // count grows the list once. Room costs no memory until a node uses it.
   void Reserve(size_t count);
+  // Nodes the list holds or can take without growing.
+  size_t Capacity() const { return committed_; }
 
   template <typename Node>
   class Iterator {
@@ -93,17 +100,50 @@ class StitchList {
 
  private:
   StitchNode* Allocate(int32_t dx, int32_t dy, uint32_t flags);
-  void AddBlock(size_t count);
+  void Grow(size_t count);
+  void Release();
 
   StitchNode* head_ = nullptr;
   StitchNode* tail_ = nullptr;
   size_t size_ = 0;
-  // The pool: blocks of nodes, the unused rest of the newest block, and the
-  // nodes removed since, chained through their next pointer.
-  std::vector<std::unique_ptr<StitchNode[]>> blocks_;
-  StitchNode* blockCursor_ = nullptr;
-  StitchNode* blockEnd_ = nullptr;
+  // The range: `reserved_` nodes of address space from `base_`, of which the
+  // first `committed_` are usable and the first `used_` have been handed out;
+  // nodes removed since are chained through their next link.
+  StitchNode* base_ = nullptr;
+  size_t reserved_ = 0;
+  size_t committed_ = 0;
+  size_t used_ = 0;
   StitchNode* freeNodes_ = nullptr;
 };
+
+// Appending is what every reader does per record, so it stays inline.
+inline StitchNode* StitchList::Allocate(int32_t dx, int32_t dy, uint32_t flags) {
+  StitchNode* node = freeNodes_;
+  if (node != nullptr) {
+    freeNodes_ = node->Next();
+  } else {
+    if (used_ == committed_) Grow(1);
+    node = base_ + used_++;
+  }
+  node->dx = dx;
+  node->dy = dy;
+  node->flags = flags;
+  node->prev_ = 0;
+  node->next_ = 0;
+  ++size_;
+  return node;
+}
+
+inline StitchNode* StitchList::PushBack(int32_t dx, int32_t dy, uint32_t flags) {
+  StitchNode* node = Allocate(dx, dy, flags);
+  if (tail_ != nullptr) {
+    node->prev_ = node->OffsetTo(tail_);
+    tail_->next_ = tail_->OffsetTo(node);
+  } else {
+    head_ = node;
+  }
+  tail_ = node;
+  return node;
+}
 
 }  // namespace fennick

@@ -68,7 +68,7 @@ int32_t DecodeAxis(const uint8_t record[3], size_t axis) {
   return values[0][record[0]] + values[1][record[1]] + values[2][record[2]];
 }
 
-void EncodeAxis(int32_t d, uint8_t record[3], const AxisBits& bits) {
+constexpr void EncodeAxis(int32_t d, uint8_t record[3], const AxisBits& bits) {
   auto set = [record](const AxisBit& bit) { record[bit.byte] |= bit.mask; };
   // Works on the negated value, taking the largest power first.
   int64_t v = -int64_t{d};
@@ -84,6 +84,25 @@ void EncodeAxis(int32_t d, uint8_t record[3], const AxisBits& bits) {
     if (v < -1) { v += 3; set(bits.plus[1]); }
     if (v == -1) { set(bits.plus[0]); return; }
   }
+}
+
+// Every move that cutting leaves, coded ahead of time: a record is then three
+// look-ups an axis instead of a loop of tests.
+using AxisCodes = std::array<std::array<uint8_t, kRecordSize>, 2 * kLongestMove + 1>;
+constexpr AxisCodes MakeAxisCodes(const AxisBits& bits) {
+  AxisCodes codes{};
+  for (int32_t d = -kLongestMove; d <= kLongestMove; ++d) {
+    EncodeAxis(d, codes[static_cast<size_t>(d + kLongestMove)].data(), bits);
+  }
+  return codes;
+}
+constexpr AxisCodes kXCodes = MakeAxisCodes(kXBits);
+constexpr AxisCodes kYCodes = MakeAxisCodes(kYBits);
+
+void EncodeMove(int32_t d, uint8_t record[3], const AxisBits& bits, const AxisCodes& codes) {
+  if (d < -kLongestMove || d > kLongestMove) return EncodeAxis(d, record, bits);
+  const auto& code = codes[static_cast<size_t>(d + kLongestMove)];
+  for (size_t i = 0; i < kRecordSize; ++i) record[i] |= code[i];
 }
 
 // The 512 header bytes: spaces, overwritten by the formatted text and its
@@ -125,7 +144,7 @@ bool ReadDst(Design& design, std::span<const uint8_t> bytes) {
   }
   if (StitchNode* tail = design.stitches.Tail()) tail->flags &= ~STITCH_COLORSTOP;
   design.MergeJumps(false);
-  design.Centre();
+  design.CentreOnCurrentBounds();
   return true;
 }
 
@@ -141,12 +160,13 @@ int WriteDst(Design& design, std::vector<uint8_t>& out) {
   writer.Bytes(Header(design));
   for (const StitchNode& node : design.stitches) {
     uint8_t record[3] = {0, 0, 0};
-    EncodeAxis(node.dx, record, kXBits);
-    EncodeAxis(node.dy, record, kYBits);
+    EncodeMove(node.dx, record, kXBits, kXCodes);
+    EncodeMove(node.dy, record, kYBits, kYCodes);
     if (node.flags & STITCH_JUMP) record[2] |= kJumpBit;
     if (node.flags & STITCH_COLORSTOP) record[2] |= kJumpBit | kColorChangeBit;
     record[2] |= kAlwaysSet;
-    writer.Bytes(record);
+    // Byte by byte: a three-byte insert costs a copy call per record.
+    for (const uint8_t byte : record) writer.U8(byte);
   }
   const uint8_t end[3] = {0, 0, kEndMarker};
   writer.Bytes(end);

@@ -248,32 +248,8 @@ size_t AppendPecBlock(std::vector<uint8_t>& out, const Design& design, const Pec
   const int32_t width = design.maxX - design.minX;
   const int32_t height = design.maxY - design.minY;
 
-  // The stream begins at the top left corner of the design's box.
-  std::vector<uint8_t> stream;
-  stream.reserve(3 * design.stitches.Size() + 4);
-  int changeCount = 0;
-  bool first = true;
-  StitchNode node;
-  for (const StitchNode& source : design.stitches) {
-    node.dx = source.dx;
-    node.dy = source.dy;
-    node.flags = source.flags;
-    if (first) {
-      node.flags &= ~STITCH_COLORSTOP;
-      if (!settings.startAtCorner) {
-        node.dx = Wrap32(int64_t{node.dx} + width / 2);
-        node.dy = Wrap32(int64_t{node.dy} - height / 2);
-      }
-      first = false;
-    }
-    if (node.flags & STITCH_COLORSTOP) ++changeCount;
-    EncodePecStitch(stream, node, changeCount);
-    if (changeCount == 0) changeCount = 1;
-  }
-  stream.push_back(kEndMark);
-  const uint32_t stitchLength = static_cast<uint32_t>(stream.size()) + kStitchHeaderLength;
-
-  out.reserve(block + kStitchesOffset + stream.size() + kPecThumbnailSize * (colors + 1));
+  // Most nodes take 2 to 4 bytes of stream; L is patched in once it is written.
+  out.reserve(block + kStitchesOffset + 4 * design.stitches.Size() + 1 + kPecThumbnailSize * (colors + 1));
   ByteWriter writer(out);
   writer.Text("LA:");
   writer.Text(std::string(settings.labelStem.substr(0, kLabelLength)));
@@ -292,8 +268,9 @@ size_t AppendPecBlock(std::vector<uint8_t>& out, const Design& design, const Pec
   writer.Fill(' ', block + kColorListEnd - out.size());
 
   writer.U16LE(0);
-  writer.U16LE(static_cast<uint16_t>(stitchLength));  // L, unsigned 24-bit
-  writer.U8(static_cast<uint8_t>(stitchLength >> 16));
+  const size_t lengthField = out.size();
+  writer.U16LE(0);  // L, unsigned 24-bit
+  writer.U8(0);
   writer.U8(0x31);
   writer.U8(0xFF);
   writer.U8(0xF0);
@@ -301,7 +278,30 @@ size_t AppendPecBlock(std::vector<uint8_t>& out, const Design& design, const Pec
   writer.U16LE(static_cast<uint16_t>(height));
   writer.U16LE(0x01E0);
   writer.U16LE(0x01B0);
-  writer.Bytes(stream);
+  // The stream begins at the top left corner of the design's box.
+  int changeCount = 0;
+  bool first = true;
+  StitchNode node;
+  for (const StitchNode& source : design.stitches) {
+    node.dx = source.dx;
+    node.dy = source.dy;
+    node.flags = source.flags;
+    if (first) {
+      node.flags &= ~STITCH_COLORSTOP;
+      if (!settings.startAtCorner) {
+        node.dx = Wrap32(int64_t{node.dx} + width / 2);
+        node.dy = Wrap32(int64_t{node.dy} - height / 2);
+      }
+      first = false;
+    }
+    if (node.flags & STITCH_COLORSTOP) ++changeCount;
+    EncodePecStitch(out, node, changeCount);
+    if (changeCount == 0) changeCount = 1;
+  }
+  out.push_back(kEndMark);
+  const auto stitchLength = static_cast<uint32_t>(out.size() - block - kStitchesOffset) + kStitchHeaderLength;
+  writer.PatchU16LE(lengthField, static_cast<uint16_t>(stitchLength));
+  out[lengthField + 2] = static_cast<uint8_t>(stitchLength >> 16);
 
   const size_t thumbnails = out.size();
   writer.Fill(0, kPecThumbnailSize * (colors + 1));

@@ -120,10 +120,10 @@ int HoopRotation(int32_t width, int32_t height) {
   return width > height ? -1 : 0;
 }
 
+// The reader turns a design it has just centred: its bounds are current.
 void Turn(Design& design, int direction) {
   design.hoopRotation = direction;
-  design.RotateQuarter(direction);
-  design.ComputeBounds();  // a quarter turn only exchanges the bounds
+  design.RotateQuarterMeasured(direction, true);
 }
 
 const BrandEntry* FindBrand(const std::string& brand) {
@@ -287,8 +287,8 @@ bool ReadPesFile(Design& design, std::span<const uint8_t> bytes) {
   // No blocks, or none with stitches: an empty design, but for the joins' stops.
   if (!sewn) design.stitches.Clear();
   design.MergeJumps(true);
-  design.Centre();
-  design.ComputeThreadStats();
+  design.CentreOnCurrentBounds();
+  // The statistics are left to ReadDesignFile, which counts after the turn.
 
   design.formatVersion = version;
   design.hoopRotation = 0;

@@ -59,31 +59,6 @@ Hoop PickRealColorHoop(int32_t w, int32_t h) {
 int32_t Width(const Design& design) { return Wrap32(int64_t{design.maxX} - design.minX); }
 int32_t Height(const Design& design) { return Wrap32(int64_t{design.maxY} - design.minY); }
 
-// Turns by `direction` quarters, if any, and leaves the bounds current. A
-// quarter turn maps every point exactly, so bounds that are current and hold
-// the origin (so that no starting value of the measure stands in them) turn
-// with the design instead of being measured again.
-void Turn(Design& design, int direction, bool boundsCurrent = false) {
-  if (direction == 0 && boundsCurrent) return;
-  const int32_t maxX = design.maxX, minX = design.minX, maxY = design.maxY, minY = design.minY;
-  if (direction != 0) design.RotateQuarter(direction);
-  constexpr int32_t kFar = 1 << 30;  // negating stays within 32 bits
-  if (!boundsCurrent || minX > 0 || maxX < 0 || minY > 0 || maxY < 0 || minX < -kFar || maxX > kFar ||
-      minY < -kFar || maxY > kFar) {
-    design.ComputeBounds();
-  } else if (direction >= 1) {
-    design.maxX = maxY;
-    design.minX = minY;
-    design.maxY = -minX;
-    design.minY = -maxX;
-  } else {
-    design.maxX = -minY;
-    design.minX = -maxY;
-    design.maxY = maxX;
-    design.minY = minX;
-  }
-}
-
 // Moves the box onto (0, 0) through the first node alone, with the odd unit
 // of a width on the plus side of x and of a height on the minus side of y.
 // The bounds must be current.
@@ -383,13 +358,20 @@ std::vector<uint8_t> PaletteIndices(const Design& design, bool allowExtended) {
   return indices;
 }
 
+// The PES part takes about 4 bytes a node (a segment point) beside the PEC
+// block: room for both, so that a large design's bytes are not moved to grow.
+void ReserveOutput(std::vector<uint8_t>& out, const Design& design, size_t pecSize) {
+  constexpr size_t kHeadersAndTables = 4096;
+  out.reserve(out.size() + pecSize + 4 * design.stitches.Size() + 16 * design.threads.size() + kHeadersAndTables);
+}
+
 std::string LabelStem(const Design& design) { return DesignPath(design.name).GetStem(); }
 
 int WritePlain(Design& design, std::vector<uint8_t>& out) {
-  Turn(design, -design.fitRotation);
+  design.RotateQuarterMeasured(-design.fitRotation, false);
   const Hoop hoop = PickPlainHoop(Width(design), Height(design));
   if (hoop.turn != 0) {
-    Turn(design, hoop.turn, true);
+    design.RotateQuarterMeasured(hoop.turn, true);
     design.hoopRotation = hoop.turn;
   }
   // Every piece of a cut move lands within the box of that move, so the
@@ -401,12 +383,13 @@ int WritePlain(Design& design, std::vector<uint8_t>& out) {
   const std::vector<uint8_t> indices = PaletteIndices(design, hoop.code == 4);
   std::vector<uint8_t> pec;
   const size_t thumbnails = AppendPecBlock(pec, design, {LabelStem(design), indices, false, false});
-  Turn(design, -hoop.turn, true);
+  design.RotateQuarterMeasured(-hoop.turn, true);
 
   const StitchNode& first = *design.stitches.Head();
   const int32_t w = Width(design), h = Height(design);
   const int32_t x0 = first.dx - w / 2;
   const int32_t y0 = first.dy + h / 2 - (hoop.turn != 0 ? h : 0);
+  ReserveOutput(out, design, pec.size());
   ByteWriter writer(out);
   WritePlainHeader(writer, hoop, w > 1000 || h > 1000);
   const size_t segsOffset = WriteObjectBlock(writer, design, x0, y0, true);
@@ -432,7 +415,7 @@ int WritePlain(Design& design, std::vector<uint8_t>& out) {
 
 int WriteRealColors(Design& design, std::vector<uint8_t>& out) {
   PrepareRealColorStops(design);
-  Turn(design, -design.fitRotation);
+  design.RotateQuarterMeasured(-design.fitRotation, false);
   const Hoop hoop = PickRealColorHoop(Width(design), Height(design));
   design.hoopWidth = hoop.width;
   design.hoopHeight = hoop.height;
@@ -445,7 +428,7 @@ int WriteRealColors(Design& design, std::vector<uint8_t>& out) {
                                       [&](const ThreadColor& t) { return t.rgb == thread.rgb && t.chart == thread.chart; });
     thread.chartIndex = earlier != design.threads.begin() + static_cast<ptrdiff_t>(i) ? earlier->chartIndex : nextNumber++;
   }
-  Turn(design, hoop.turn, true);
+  design.RotateQuarterMeasured(hoop.turn, true);
   design.hoopRotation = hoop.turn;
   CentreThroughFirstNode(design);
 
@@ -465,12 +448,13 @@ int WriteRealColors(Design& design, std::vector<uint8_t>& out) {
   design.minX = Wrap32(int64_t{design.minX} + w / 2);
   design.maxY = Wrap32(int64_t{design.maxY} - h / 2);
   design.minY = Wrap32(int64_t{design.minY} - h / 2);
-  Turn(design, -hoop.turn, true);
+  design.RotateQuarterMeasured(-hoop.turn, true);
 
   const StitchNode& first = *design.stitches.Head();
   const int32_t halfW = Width(design) / 2, halfH = Height(design) / 2;
   const int32_t x0 = hoop.turn != 0 ? first.dx : first.dx - halfW;
   const int32_t y0 = hoop.turn != 0 ? first.dy : first.dy + halfH;
+  ReserveOutput(out, design, pec.size());
   ByteWriter writer(out);
   WriteRealColorHeader(writer, design, hoop);
   const size_t segsOffset = WriteObjectBlock(writer, design, x0, y0, false);

@@ -250,7 +250,7 @@ bool ReadPhFile(Design& design, std::span<const uint8_t> bytes) {
 
   design.formatVersion = 1;
   design.MergeJumps(true);
-  design.Centre();
+  design.CentreOnCurrentBounds();
   return true;
 }
 

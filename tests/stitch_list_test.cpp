@@ -9,12 +9,6 @@
 
 #include "tests/test_support.h"
 
-#if defined(__SANITIZE_ADDRESS__)
-extern "C" size_t __sanitizer_get_current_allocated_bytes();
-#else
-#include <malloc.h>
-#endif
-
 namespace fennick {
 namespace {
 
@@ -38,15 +32,6 @@ StitchList ListOf(const Nodes& nodes) {
   StitchList list;
   for (const auto& [dx, dy, flags] : nodes) list.PushBack(dx, dy, flags);
   return list;
-}
-
-size_t AllocatedBytes() {
-#if defined(__SANITIZE_ADDRESS__)
-  return __sanitizer_get_current_allocated_bytes();
-#else
-  const struct mallinfo2 info = mallinfo2();
-  return info.uordblks + info.hblkhd;  // large blocks are mapped apart from the arena
-#endif
 }
 
 TEST(StitchList, EditsKeepOrderHeadAndTail) {
@@ -73,11 +58,12 @@ TEST(StitchList, NodesKeepTheirAddressWhileThePoolGrowsAndNeighboursComeAndGo) {
   StitchNode* a = list.PushBack(1, 1, 0);
   StitchNode* b = list.PushBack(2, 2, 0);
   StitchNode* c = list.PushBack(3, 3, 0);
-  list.Reserve(10000);  // one more block, and no allocation for the inserts
-  const size_t reserved = AllocatedBytes();
+  list.Reserve(10000);  // room for the inserts: the list does not grow
+  const size_t reserved = list.Capacity();
+  ASSERT_GE(reserved, 10003u);
   for (int i = 0; i < 5000; ++i) list.InsertAfter(a, 10, 0, STITCH_JUMP);
   for (int i = 0; i < 5000; ++i) list.InsertBefore(c, 20, 0, 0);
-  EXPECT_EQ(AllocatedBytes(), reserved);
+  EXPECT_EQ(list.Capacity(), reserved);
   // Remove every inserted node, walking the list as a pass would.
   for (StitchNode* node = list.Head(); node != nullptr;) {
     node = (node == a || node == b || node == c) ? node->Next() : list.Remove(node);
@@ -88,24 +74,22 @@ TEST(StitchList, NodesKeepTheirAddressWhileThePoolGrowsAndNeighboursComeAndGo) {
 
 TEST(StitchList, PoolIsReusedAndHandedBackWhenTheListEmpties) {
   constexpr int kNodes = 20000;
-  constexpr size_t kSlack = 1024;  // bookkeeping a list may keep, not its nodes
   for (const auto& [how, empty] : std::vector<std::pair<const char*, void (*)(StitchList&)>>{
            {"from the head", [](StitchList& l) { while (!l.Empty()) l.Remove(l.Head()); }},
            {"Clear", [](StitchList& l) { l.Clear(); }}}) {
     SCOPED_TRACE(how);
     StitchList list;
-    const size_t before = AllocatedBytes();
     for (int i = 0; i < kNodes; ++i) list.PushBack(i, -i, 0);
-    const size_t full = AllocatedBytes();
-    ASSERT_GE(full - before, kNodes * sizeof(StitchNode));  // the measure sees the nodes
+    const size_t full = list.Capacity();
+    ASSERT_LT(full, 2u * kNodes);  // so that 20,000 more nodes would make it grow
     // Removed nodes make room for new ones.
     for (int i = 0; i < kNodes; ++i) {
       list.Remove(list.Head()->Next());
       list.InsertAfter(list.Head(), i, 0, 0);
     }
-    EXPECT_EQ(AllocatedBytes(), full);
+    EXPECT_EQ(list.Capacity(), full);
     empty(list);
-    EXPECT_LT(AllocatedBytes(), before + kSlack);
+    EXPECT_EQ(list.Capacity(), 0u);
     list.PushBack(5, 6, STITCH_JUMP);  // and the list is as good as new
     EXPECT_EQ(Read(list), (Nodes{{5, 6, STITCH_JUMP}}));
   }

@@ -12,20 +12,6 @@
 namespace fennick {
 namespace {
 
-// Pixel positions are held within this distance of the origin, so that
-// differences and box edges never overflow. Anything this far out is off any
-// bitmap by a wide margin.
-constexpr int32_t kFarOutside = int32_t{1} << 30;
-
-int32_t HoldInRange(double value) {
-  if (!(value > -kFarOutside)) return -kFarOutside;  // NaN lands here too
-  if (value > kFarOutside) return kFarOutside;
-  return static_cast<int32_t>(value);
-}
-
-// Half away from zero, the rounding of every pixel position.
-int32_t RoundHalfAway(double value) { return HoldInRange(value >= 0 ? value + 0.5 : value - 0.5); }
-
 int32_t ClampToInt32(int64_t value) {
   return static_cast<int32_t>(
       std::clamp<int64_t>(value, std::numeric_limits<int32_t>::min(), std::numeric_limits<int32_t>::max()));
@@ -39,6 +25,16 @@ void PlotPixel(StitchBitmap& bitmap, int64_t x, int64_t y, uint32_t color) {
 
 // Every pixel is bounds-tested here, so no drawing clips before it.
 void Plot(StitchBitmap& bitmap, int64_t x, int64_t y, uint32_t color) {
+  // A thick pixel wholly inside, the common case: one test for all four.
+  const int64_t width = bitmap.width;
+  if (bitmap.thick && x >= 0 && y >= 0 && x + 1 < width && y + 1 < bitmap.height) {
+    const auto index = static_cast<size_t>(y * width + x);
+    if (index + static_cast<size_t>(width) + 1 < bitmap.pixels.size()) {
+      uint32_t* pixel = bitmap.pixels.data() + index;
+      pixel[0] = pixel[1] = pixel[width] = pixel[width + 1] = color;
+      return;
+    }
+  }
   PlotPixel(bitmap, x, y, color);
   if (bitmap.thick) {
     PlotPixel(bitmap, x, y + 1, color);
@@ -196,11 +192,6 @@ void StitchBitmap::SetWorld(float left, float top, float right, float bottom) {
   dirty = true;
 }
 
-PixelPoint StitchBitmap::WorldToPixel(int32_t x, int32_t y) const {
-  return {RoundHalfAway(static_cast<double>(static_cast<float>(x) * fit) * 0.1 * zoom + panX + centreX),
-          RoundHalfAway(static_cast<double>(static_cast<float>(y) * fit) * 0.1 * zoom + panY + centreY)};
-}
-
 void StitchBitmap::MoveTo(int32_t x, int32_t y) {
   penX = x;
   penY = y;
@@ -213,8 +204,24 @@ void StitchBitmap::LineFlat(int32_t x, int32_t y) {
 
 void StitchBitmap::Line3D(int32_t x, int32_t y) {
   const std::array<uint32_t, 4> shade = shades;
-  WalkLine(*this, x, y, [&shade](int64_t i, int64_t longer) {
-    int64_t percent = i * 100 / longer;
+  // i * 100 / longer, carried from pixel to pixel instead of divided anew.
+  int64_t next = -1, quotient = 0, remainder = 0, stepQuotient = 0, stepRemainder = 0;
+  WalkLine(*this, x, y, [&](int64_t i, int64_t longer) {
+    if (i != next) {
+      quotient = i * 100 / longer;
+      remainder = i * 100 % longer;
+      stepQuotient = 100 / longer;
+      stepRemainder = 100 % longer;
+    } else {
+      quotient += stepQuotient;
+      remainder += stepRemainder;
+      if (remainder >= longer) {
+        remainder -= longer;
+        ++quotient;
+      }
+    }
+    next = i + 1;
+    int64_t percent = quotient;
     if (percent > 50) percent = 100 - percent;
     uint32_t color = shade[1];
     if (percent > 40) color = shade[0];

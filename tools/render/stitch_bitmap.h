@@ -19,6 +19,17 @@ struct PixelPoint {
 struct StitchBitmap {
   // The largest bitmap Create makes: 64 Mi pixels, 256 MiB.
   static constexpr int64_t kMaxPixels = int64_t{1} << 26;
+  // Pixel positions are held within this distance of the origin, so that
+  // differences and box edges never overflow. Anything this far out is off any
+  // bitmap by a wide margin.
+  static constexpr int32_t kFarOutside = int32_t{1} << 30;
+  static int32_t HoldInRange(double value) {
+    if (!(value > -kFarOutside)) return -kFarOutside;  // NaN lands here too
+    if (value > kFarOutside) return kFarOutside;
+    return static_cast<int32_t>(value);
+  }
+  // Half away from zero, the rounding of every pixel position.
+  static int32_t RoundHalfAway(double value) { return HoldInRange(value >= 0 ? value + 0.5 : value - 0.5); }
 
   std::vector<uint32_t> pixels;  // 0x00RRGGBB, row-major from the top
   uint32_t background = 0x808080;
@@ -58,8 +69,12 @@ struct StitchBitmap {
   void Clear(uint32_t color);
   // Millimetres; the design's centre is (0, 0) and the fit is symmetrical about it.
   void SetWorld(float left, float top, float right, float bottom);
-  // Stitch units of 0.1 mm to a pixel, half away from zero.
-  PixelPoint WorldToPixel(int32_t x, int32_t y) const;
+  // Stitch units of 0.1 mm to a pixel, half away from zero. Inline: drawing
+  // asks it for every stitch.
+  PixelPoint WorldToPixel(int32_t x, int32_t y) const {
+    return {RoundHalfAway(static_cast<double>(static_cast<float>(x) * fit) * 0.1 * zoom + panX + centreX),
+            RoundHalfAway(static_cast<double>(static_cast<float>(y) * fit) * 0.1 * zoom + panY + centreY)};
+  }
   // UpdatePan after changing panFractionX/Y, UpdateFit after changing the
   // margin; SetZoom sets the zoom (finite, above 0) and does both.
   void UpdatePan();
