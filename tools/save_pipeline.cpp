@@ -84,6 +84,15 @@ int SaveFormat(DesignPath& path) {
   return saved;
 }
 
+// The stored settings of the format `path` is saved in, by that format's
+// extension or, for a format that is not written, the path's own.
+ConversionSettings StoredConversion(const DesignPath& path, int format) {
+  ConversionSettings conversion;
+  const std::string extension = format >= 0 ? FormatExtension(format) : path.GetExtension();
+  ReadConversion(AsciiLower(extension), conversion);
+  return conversion;
+}
+
 int SaveNotes(const Design& design, DesignPath path, std::vector<DesignPath>* outputList, int flag) {
   std::string text;
   if (!design.threads.empty()) {
@@ -114,29 +123,49 @@ FormatCode SavedFormat(FormatCode code) {
   }
 }
 
+HoopSize HoopForName(const std::string& name) {
+  DesignPath path(name);
+  const ConversionSettings conversion = StoredConversion(path, SaveFormat(path));
+  return {conversion.hoopWidth, conversion.hoopHeight};
+}
+
 int FitDesignToHoop(Design& design, const ConversionSettings& settings) {
   const int64_t hoopWidthUnits = int64_t{settings.hoopWidth} * 10;  // stitch units
   const int64_t hoopHeightUnits = int64_t{settings.hoopHeight} * 10;
-  if (!design.stitches.Empty()) {
-    // A design that fits as it stands is neither turned nor shrunk: centring
-    // it in place gives what the working copy would, without the copy.
-    const int32_t minX = design.minX, maxX = design.maxX, minY = design.minY, maxY = design.maxY;
-    design.ComputeBounds();
-    if (int64_t{design.maxX} - design.minX <= hoopWidthUnits &&
-        int64_t{design.maxY} - design.minY <= hoopHeightUnits) {
-      design.CentreOnCurrentBounds();
-      return 0;
+  if (design.stitches.Empty()) return 0;
+  // A design that fits as it stands is neither turned nor shrunk: centring
+  // it in place gives what the working copy would, without the copy.
+  const int32_t minX = design.minX, maxX = design.maxX, minY = design.minY, maxY = design.maxY;
+  design.ComputeBounds();
+  if (int64_t{design.maxX} - design.minX <= hoopWidthUnits && int64_t{design.maxY} - design.minY <= hoopHeightUnits) {
+    design.CentreOnCurrentBounds();
+    return 0;
+  }
+
+  // The working design is the design itself: centring changes only its head
+  // and a quarter turn is undone exactly, so a design that does not fit is
+  // put back as it was. Only shrinking, which cannot be undone, takes a copy.
+  const StitchNode* head = design.stitches.Head();
+  const int32_t headDx = head->dx, headDy = head->dy;
+  const int32_t fitRotation = design.fitRotation;
+  int32_t turn = 0;
+  auto restore = [&] {
+    if (turn != 0) design.RotateQuarter(-turn);
+    if (design.stitches.Head() != head) {
+      design.stitches.Remove(design.stitches.Head());  // the jump that centring put first
+    } else {
+      design.stitches.Head()->dx = headDx;
+      design.stitches.Head()->dy = headDy;
     }
+    design.fitRotation = fitRotation;
     design.minX = minX;
     design.maxX = maxX;
     design.minY = minY;
     design.maxY = maxY;
-  }
-
-  Design working(design);
-  working.Centre();
-  int64_t width = int64_t{working.maxX} - working.minX;
-  int64_t height = int64_t{working.maxY} - working.minY;
+  };
+  design.CentreOnCurrentBounds();
+  int64_t width = int64_t{design.maxX} - design.minX;
+  int64_t height = int64_t{design.maxY} - design.minY;
   int64_t hoopWidth = hoopWidthUnits;  // turned with the hoop
   int64_t hoopHeight = hoopHeightUnits;
   const bool hasHoop = settings.hoopWidth != 0 && settings.hoopHeight != 0;
@@ -151,11 +180,11 @@ int FitDesignToHoop(Design& design, const ConversionSettings& settings) {
         if (settings.bothOrientations != 0) {
           std::swap(hoopWidth, hoopHeight);
         } else if (settings.rotate != 0) {
-          const int32_t direction = width > height ? 1 : -1;
-          working.RotateQuarter(direction);
+          turn = width > height ? 1 : -1;
+          design.RotateQuarter(turn);
           std::swap(width, height);
-          working.fitRotation = direction;
-          working.Centre();
+          design.fitRotation = turn;
+          design.Centre();
         }
       }
     }
@@ -168,15 +197,22 @@ int FitDesignToHoop(Design& design, const ConversionSettings& settings) {
       // The limit is `shrink` itself in percent, deliberately not `shrinkPercent`.
       const double limit = settings.shrink * 0.01;
       if (!(limit < needed)) {
+        Design working(design);
         ShrinkMoves(working, static_cast<float>(1.0 - needed));
-        width = int64_t{working.maxX} - working.minX;
-        height = int64_t{working.maxY} - working.minY;
+        if (int64_t{working.maxX} - working.minX > hoopWidth || int64_t{working.maxY} - working.minY > hoopHeight) {
+          restore();
+          return 1;
+        }
+        AssignFitted(design, std::move(working));
+        return 0;
       }
     }
   }
 
-  if (width > hoopWidth || height > hoopHeight) return 1;
-  AssignFitted(design, std::move(working));
+  if (width > hoopWidth || height > hoopHeight) {
+    restore();
+    return 1;
+  }
   return 0;
 }
 
@@ -268,13 +304,7 @@ int Save(Design& design, std::vector<DesignPath>* outputList, int flag, const Co
   design.name = path.ToString();
   if (format == kFormatTxt) return SaveNotes(design, path, outputList, flag);
 
-  ConversionSettings conversion;
-  if (settings != nullptr) {
-    conversion = *settings;
-  } else {
-    const std::string extension = format >= 0 ? FormatExtension(format) : path.GetExtension();
-    ReadConversion(AsciiLower(extension), conversion);
-  }
+  const ConversionSettings conversion = settings != nullptr ? *settings : StoredConversion(path, format);
 
   if (FitDesignToHoop(design, conversion) != 0) {
     ShowSaveError(design.name + " is too big for the current hoop.");

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <vector>
 
 #include "core/design.h"
@@ -12,10 +13,10 @@
 
 namespace fennick {
 
-// Centres a copy of the design and tries it against the hoop of `settings`
+// Centres the design and tries it against the hoop of `settings`
 // (millimetres), turning it a quarter or shrinking it where the settings allow
 // and it helps. Returns 0 when it fits, and the design is then the fitted one;
-// 1 otherwise, with the design unchanged.
+// 1 otherwise, with the design as it was.
 int FitDesignToHoop(Design& design, const ConversionSettings& settings);
 
 // Cuts off what does not fit `stitchLimit` nodes and `colorLimit` colours (0:
@@ -26,6 +27,15 @@ Design SplitDesign(Design& design, int32_t stitchLimit, int32_t colorLimit);
 // The format a design named with this format's extension is saved in: PEC,
 // PHC, PHB and PHD as PES, SHV as VIP, every other as itself.
 FormatCode SavedFormat(FormatCode code);
+
+// The hoop, in millimetres, that a design of this name is saved against: the
+// stored conversion settings of the format it is saved in (PES for a name
+// without a writable format).
+struct HoopSize {
+  int32_t width = 0;
+  int32_t height = 0;
+};
+HoopSize HoopForName(const std::string& name);
 
 // Writes the design to the file its `name` names, in the format of that
 // extension: PEC, PHC, PHB and PHD are written as PES, SHV as VIP, and TXT

@@ -25,6 +25,45 @@ void PrepareCanvas(StitchBitmap& canvas, const Design& design, bool thick) {
   canvas.MoveTo(0, 0);
 }
 
+// The pixel of every point within the design's bounds, worked out once per
+// axis: a design of a million stitches has a few thousand distinct
+// coordinates, and the mapping is float arithmetic. A point outside the
+// bounds (stale ones) is mapped as it comes.
+class PixelMap {
+ public:
+  PixelMap(const StitchBitmap& canvas, const Design& design, bool flipY) : canvas_(canvas), flipY_(flipY) {
+    const int64_t lowY = flipY ? -int64_t{design.maxY} : design.minY;
+    const int64_t highY = flipY ? -int64_t{design.minY} : design.maxY;
+    Fill(columns_, firstX_, design.minX, design.maxX, [&](int32_t x) { return canvas.PixelX(x); });
+    Fill(rows_, firstY_, lowY, highY, [&](int32_t y) { return canvas.PixelY(y); });
+  }
+
+  PixelPoint operator()(int32_t x, int32_t y) const {
+    if (flipY_) y = Wrap32(-int64_t{y});
+    const uint64_t column = static_cast<uint64_t>(int64_t{x} - firstX_);
+    const uint64_t row = static_cast<uint64_t>(int64_t{y} - firstY_);
+    return {column < columns_.size() ? columns_[column] : canvas_.PixelX(x),
+            row < rows_.size() ? rows_[row] : canvas_.PixelY(y)};
+  }
+
+ private:
+  // Larger spans (a design over 100 m) are mapped point by point.
+  static constexpr int64_t kLargestSpan = int64_t{1} << 20;
+
+  template <typename Map>
+  static void Fill(std::vector<int32_t>& pixels, int64_t& first, int64_t low, int64_t high, Map map) {
+    first = low;
+    if (high < low || high - low >= kLargestSpan) return;
+    pixels.resize(static_cast<size_t>(high - low + 1));
+    for (int64_t v = low; v <= high; ++v) pixels[static_cast<size_t>(v - low)] = map(static_cast<int32_t>(v));
+  }
+
+  const StitchBitmap& canvas_;
+  bool flipY_;
+  std::vector<int32_t> columns_, rows_;
+  int64_t firstX_ = 0, firstY_ = 0;
+};
+
 }  // namespace
 
 void DesignRenderer::Render(int color) {
@@ -40,6 +79,7 @@ void DesignRenderer::Render(int color) {
   size_t block = 0;
   const bool allBlocks = color == -1;
 
+  const PixelMap toPixel(canvas, *design, flipY);
   int32_t x = 0, y = 0;
   for (StitchNode& node : design->stitches) {
     x = Wrap32(int64_t{x} + node.dx);
@@ -48,7 +88,7 @@ void DesignRenderer::Render(int color) {
       ++block;
       canvas.SetColor(threads[block].rgb);
     }
-    const PixelPoint point = canvas.WorldToPixel(x, flipY ? Wrap32(-int64_t{y}) : y);
+    const PixelPoint point = toPixel(x, y);
 
     // A cheap test, not a clipper: lines that pass through are clipped per
     // pixel. Deliberately kept: the pen's y is tested where the new y belongs.
@@ -118,6 +158,9 @@ void RenderBlocksApart(Design& design, std::span<StitchBitmap> canvases, size_t 
     PrepareCanvas(canvas, design, false);
     if (i % colors < threads.size()) canvas.SetColor(threads[i % colors].rgb);
   }
+  // The canvases of a set share their size, and so their mapping.
+  std::vector<PixelMap> toPixel;
+  for (size_t set = 0; set < canvases.size(); set += colors) toPixel.emplace_back(canvases[set], design, flipY);
   size_t block = 0;
   int32_t x = 0, y = 0;
   for (StitchNode& node : design.stitches) {
@@ -128,7 +171,7 @@ void RenderBlocksApart(Design& design, std::span<StitchBitmap> canvases, size_t 
     if (block >= colors) continue;
     for (size_t set = block; set < canvases.size(); set += colors) {
       StitchBitmap& canvas = canvases[set];
-      const PixelPoint point = canvas.WorldToPixel(x, flipY ? Wrap32(-int64_t{y}) : y);
+      const PixelPoint point = toPixel[set / colors](x, y);
       // Render's cheap clip test. Only the sewing colour's pen can be off the
       // bitmap: the others still wait in the corner, or are done.
       if (Outside(point.x, canvas.width) && Outside(canvas.penX, canvas.width) &&

@@ -69,11 +69,13 @@ struct StitchBitmap {
   void Clear(uint32_t color);
   // Millimetres; the design's centre is (0, 0) and the fit is symmetrical about it.
   void SetWorld(float left, float top, float right, float bottom);
-  // Stitch units of 0.1 mm to a pixel, half away from zero. Inline: drawing
-  // asks it for every stitch.
-  PixelPoint WorldToPixel(int32_t x, int32_t y) const {
-    return {RoundHalfAway(static_cast<double>(static_cast<float>(x) * fit) * 0.1 * zoom + panX + centreX),
-            RoundHalfAway(static_cast<double>(static_cast<float>(y) * fit) * 0.1 * zoom + panY + centreY)};
+  // Stitch units of 0.1 mm to a pixel, half away from zero.
+  PixelPoint WorldToPixel(int32_t x, int32_t y) const { return {PixelX(x), PixelY(y)}; }
+  int32_t PixelX(int32_t x) const {
+    return RoundHalfAway(static_cast<double>(static_cast<float>(x) * fit) * 0.1 * zoom + panX + centreX);
+  }
+  int32_t PixelY(int32_t y) const {
+    return RoundHalfAway(static_cast<double>(static_cast<float>(y) * fit) * 0.1 * zoom + panY + centreY);
   }
   // UpdatePan after changing panFractionX/Y, UpdateFit after changing the
   // margin; SetZoom sets the zoom (finite, above 0) and does both.
