@@ -24,12 +24,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-size_t CountStops(const Design& design) {
-  size_t stops = 0;
-  for (const StitchNode& node : design.stitches) stops += node.IsColorStop() ? 1 : 0;
-  return stops;
-}
-
 // What a reader leaves must survive the passes every command runs first.
 void ExpectUsable(Design& design, const std::string& file) {
   if (design.stitches.Empty()) return;
@@ -37,7 +31,7 @@ void ExpectUsable(Design& design, const std::string& file) {
   EXPECT_LE(design.minY, design.maxY) << file;
   design.ComputeThreadStats();
   if (design.NormalizeColorStops() == 0) {
-    EXPECT_EQ(design.threads.size(), CountStops(design) + 1) << file;
+    EXPECT_EQ(design.threads.size(), test::CountStops(design) + 1) << file;
   }
   EncodeEmbroideryFile(design);
 }
@@ -55,7 +49,7 @@ void ExpectRoundTrip(std::span<const uint8_t> input, const std::string& file, co
   Design back;
   back.name = scratch.File("back." + AsciiLower(format->extension));
   ASSERT_TRUE(format->read(back, written)) << file;
-  EXPECT_GE(back.threads.size(), CountStops(back) + 1) << file;
+  EXPECT_GE(back.threads.size(), test::CountStops(back) + 1) << file;
 }
 
 void Replay(const fs::path& file, const test::ScratchFolder& scratch) {

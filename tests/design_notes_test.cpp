@@ -28,22 +28,6 @@ TEST(InchText, WholePartsAndSixteenths) {
   for (const auto& c : cases) EXPECT_EQ(InchText(c.inches), c.text) << c.inches;
 }
 
-TEST(SizeText, CentimetresWidthFirstInchesHeightFirst) {
-  Design design;
-  design.minX = -100;
-  design.maxX = 156;  // 256 units: one inch by the 1/256 measure
-  design.minY = -50;
-  design.maxY = 50;
-  design.threads.resize(2);
-  test::SetNodes(design, {{1, 0, 0}, {0, 0, STITCH_COLORSTOP}, {0, 1, STITCH_JUMP}, {1, 1, 0}});
-  EXPECT_EQ(SizeText(design, false, false), "2.56 cm x 1.00 cm");
-  // Jump and stop nodes count, less the threads, plus one.
-  EXPECT_EQ(SizeText(design, false, true), "2.56 cm x 1.00 cm : 3 Stitches");
-  // 100 units is 0.390625 in: six sixteenths, cut.
-  EXPECT_EQ(SizeText(design, true, false), "0 (3/8)\" x 1 \"");
-  EXPECT_EQ(SizeText(design, true, true), "0 (3/8)\" x 1 \" : 3 Stitches");
-}
-
 TEST(DesignNotes, NameSizeDateThenOneParagraphPerThread) {
   Design design;
   design.name = "/designs/rose.pes";

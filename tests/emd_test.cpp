@@ -6,7 +6,6 @@
 
 #include "archive/zip_member.h"
 #include "core/format_table.h"
-#include "formats/dst.h"
 #include "threads/palettes.h"
 #include "tests/test_support.h"
 
@@ -32,8 +31,7 @@ const std::vector<uint8_t> kTwoColours = EmdFile({
 });
 
 TEST(EmdReader, PairsAndEndSteps) {
-  Design design;
-  ASSERT_TRUE(ReadEmd(design, test::AsReaderInput(kTwoColours)));
+  const Design design = test::ReadBytes(ReadEmd, kTwoColours);
   // Positions (5,3) (5,3) (17,-5) (15,-4); centring inserts (-11, 1).
   const std::vector<test::Node> expected = {
       {-11, 1, STITCH_JUMP}, {5, 3, 0}, {0, 0, STITCH_COLORSTOP}, {12, -8, STITCH_JUMP}, {-2, 1, 0}};
@@ -48,8 +46,7 @@ TEST(EmdReader, ThePaletteDoesNotWrap) {
   std::vector<uint8_t> pairs;
   for (int i = 0; i < 29; ++i) pairs.insert(pairs.end(), {0x01, 0x01, 0x80, 0x2A});
   pairs.insert(pairs.end(), {0x01, 0x01});
-  Design design;
-  ASSERT_TRUE(ReadEmd(design, test::AsReaderInput(EmdFile(pairs))));
+  const Design design = test::ReadBytes(ReadEmd, EmdFile(pairs));
   ASSERT_EQ(design.threads.size(), 30u);
   EXPECT_EQ(design.threads[28].colorName, "Light Brown");
   EXPECT_EQ(design.threads[29].colorName, "Light Gray");
@@ -59,9 +56,7 @@ TEST(EmdReader, OnlyWholePairsBehindTheHeaderAreRead) {
   for (const size_t length : {50u, 51u, 52u}) {
     std::vector<uint8_t> bytes = EmdFile({0x03, 0x04});
     bytes.resize(length);
-    Design design;
-    ASSERT_TRUE(ReadEmd(design, test::AsReaderInput(bytes)));
-    EXPECT_EQ(design.stitches.Empty(), length < 52) << length;
+    EXPECT_EQ(test::ReadBytes(ReadEmd, bytes).stitches.Empty(), length < 52) << length;
   }
 }
 
@@ -75,7 +70,6 @@ TEST(EmdReader, ColourFileBesideTheDesign) {
       {nullptr, black, blue, {"Black", "Blue"}},
       {"2\r\n1,237,23,31\r\n2,0,0,1\r\n", ColorRef(237, 23, 31), ColorRef(0, 0, 1), {"Red", "Black"}},
       {"2\r\n1,0,0,200\r\n2,255,243,128\r\n", ColorRef(0, 0, 200), ColorRef(255, 243, 128)},
-      {"3\r\n1,1,2,3\r\n2,4,5,6\r\n3,7,8,9\r\n", ColorRef(1, 2, 3), ColorRef(4, 5, 6)},  // more than the design has
       {"1\r\n1,1,2,3\r\n2,4,5,6\r\n", ColorRef(1, 2, 3), blue},                         // the count limits
       {"2\r\n1,10,20\r\n2,4,5,6\r\n", black, blue},                                     // a missing comma stops
       {"2\r\nx,256,-1,300\r\n2,4,5,6", ColorRef(0, 255, 44), ColorRef(4, 5, 6)},        // 8 bits; no last line feed
@@ -111,26 +105,6 @@ TEST(EmdReader, ColourFileBesideAZipMemberIsAMemberToo) {
   ASSERT_EQ(ReadDesignFile(design, "Zip:" + zipFile + ":sub/rose.emd"), 0);
   ASSERT_EQ(design.threads.size(), 2u);
   EXPECT_EQ(design.threads[0].rgb, ColorRef(9, 8, 7));
-}
-
-TEST(EmdReader, GeometricSampleMatchesTheDstOfTheSameDesign) {
-  test::ScratchFolder folder;
-  folder.Write("g.emd", test::ReadTestFile("geometric_objects.emd"));
-  folder.Write("g.col", test::ReadTestFile("geometric_objects.col"));
-  Design emd, dst;
-  ASSERT_EQ(ReadDesignFile(emd, folder.File("g.emd")), 0);
-  ASSERT_TRUE(test::ReadSample(ReadDst, dst, "geometric_objects.dst"));
-  // The colour file's four lines.
-  const uint32_t colours[] = {ColorRef(0, 0, 200), ColorRef(255, 243, 128), ColorRef(255, 0, 255),
-                              ColorRef(130, 202, 255)};
-  ASSERT_EQ(emd.threads.size(), 4u);
-  for (size_t i = 0; i < 4; ++i) EXPECT_EQ(emd.threads[i].rgb, colours[i]) << i;
-  EXPECT_EQ((std::array{emd.minX, emd.maxX, emd.minY, emd.maxY}), (std::array{dst.minX, dst.maxX, dst.minY, dst.maxY}));
-  const auto stitches = test::NeedlePath(emd);
-  const size_t missing = test::CountMissing(stitches, test::NeedlePoints(dst, test::Landing::kAny));
-  // The DST splits its long stitches, so a few of its points lie elsewhere.
-  EXPECT_GT(stitches.size(), 8000u);
-  EXPECT_LT(missing, 20u);
 }
 
 }  // namespace

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "formats/dst.h"
 #include "tests/test_support.h"
 
 namespace fennick {
@@ -49,8 +48,7 @@ TEST(ExpReader, ControlPairsThreadsAndTheTail) {
       0x80, 0x02, 0x06, 0x00,              // even: a jump at the end, cleaned away
       0x80, 0x01, 0x00, 0x00,              // a closing colour change takes its thread back
   };
-  Design design;
-  ASSERT_TRUE(ReadExp(design, test::AsReaderInput(file)));
+  const Design design = test::ReadBytes(ReadExp, file);
   ASSERT_EQ(design.threads.size(), 3u);
   EXPECT_EQ(design.threads[0].colorName, "Black");
   EXPECT_EQ(design.threads[1].colorName, "Blue");
@@ -78,8 +76,7 @@ TEST(ExpReader, ShortAndBrokenEnds) {
       {"stops and jumps only", {0x80, 0x01, 0x00, 0x00, 0x80, 0x04, 0x09, 0x09}, {{-1, -1, 0}}},
   };
   for (const Case& c : cases) {
-    Design design;
-    ASSERT_TRUE(ReadExp(design, test::AsReaderInput(c.file))) << c.what;
+    const Design design = test::ReadBytes(ReadExp, c.file, c.what);
     EXPECT_EQ(design.threads.size(), 1u) << c.what;
     // Every node list here centres through a new head jump.
     std::vector<test::Node> nodes = test::Nodes(design);
@@ -90,24 +87,6 @@ TEST(ExpReader, ShortAndBrokenEnds) {
   }
   Design design;
   EXPECT_FALSE(ReadExp(design, {}));
-}
-
-TEST(ExpReader, RealFileLiesWhereTheDstOfTheSameDesignDoes) {
-  Design exp;
-  ASSERT_TRUE(test::ReadSample(ReadExp, exp, "geometric_objects.exp"));
-  const char* const names[] = {"Black", "Blue", "Light Green", "Red"};
-  ASSERT_EQ(exp.threads.size(), 4u);
-  for (size_t i = 0; i < 4; ++i) EXPECT_EQ(exp.threads[i].colorName, names[i]) << i;
-  EXPECT_EQ(exp.maxX - exp.minX, 823);
-  EXPECT_EQ(exp.maxY - exp.minY, 848);
-
-  Design dst;
-  ASSERT_TRUE(test::ReadSample(ReadDst, dst, "geometric_objects.dst"));
-  // The file's jump runs end in a stitch of the same step, which the jump
-  // swallows on reading: its landing is then a jump's end point.
-  const auto dstStitches = test::NeedlePath(dst);
-  ASSERT_GT(dstStitches.size(), 8000u);
-  EXPECT_EQ(test::CountMissing(dstStitches, test::NeedlePoints(exp, test::Landing::kAny)), 0u);
 }
 
 }  // namespace

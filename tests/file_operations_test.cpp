@@ -1,10 +1,9 @@
-// File operations: writing a design's bytes, deleting designs, folders.
+// File operations: writing a design's bytes and making folders.
 #include <gtest/gtest.h>
 
 #include <filesystem>
 
 #include "archive/file_operations.h"
-#include "archive/zip_member.h"
 #include "tests/test_support.h"
 
 namespace fennick {
@@ -17,19 +16,6 @@ class FileOperationsTest : public ::testing::Test {
  protected:
   test::ScratchFolder folder;
 };
-
-TEST_F(FileOperationsTest, NewFolderNameCountsFromTwo) {
-  const std::string base = folder.File("New Folder");
-  EXPECT_EQ(NewFolderName(base), base);
-  fs::create_directory(base);
-  EXPECT_EQ(NewFolderName(base), base + "(2)");
-  EXPECT_EQ(NewFolderName(base + "/"), base + "(2)") << "a final '/' is ignored";
-  folder.Write("New Folder(2)", {1});  // a file blocks the name as well
-  EXPECT_EQ(NewFolderName(base), base + "(3)");
-  EXPECT_EQ(CreateFolderUnique(base), base + "(3)");
-  EXPECT_TRUE(FolderTest(base + "(3)"));
-  EXPECT_FALSE(FolderTest(folder.File("New Folder(2)")));
-}
 
 TEST_F(FileOperationsTest, WriteFileBlockTakesAFreeNameOnlyWhenAsked) {
   folder.Write("rose.pes", {1});
@@ -55,37 +41,13 @@ TEST_F(FileOperationsTest, FailedWritesLeaveTheOldFile) {
   EXPECT_EQ(std::distance(fs::directory_iterator(folder.Path()), {}), 1) << "no temporary file is left";
 }
 
-// What a member's deletion keeps is the ZIP tests' matter.
-TEST_F(FileOperationsTest, DeleteDesignTakesFilesAndMembers) {
-  folder.Write("plain.dst", {1});
-  DeleteDesign(DesignPath(folder.File("plain.dst")));
-  EXPECT_FALSE(fs::exists(folder.File("plain.dst")));
-  DesignPath member;
-  member.SetZipFile(folder.File("z.zip"));
-  member.SetFileName("b.dst");
-  ASSERT_EQ(WriteFileBlock(Bytes{2}, member, kWriteNoDialog), 0);
-  DeleteDesign(member);
-  Bytes bytes;
-  EXPECT_EQ(ReadZipMember(member, bytes), 1);
-}
-
-TEST_F(FileOperationsTest, FoldersAreMadeRenamedAndDeleted) {
+TEST_F(FileOperationsTest, EnsureFolderMakesEveryLevel) {
   const std::string deep = folder.File("a/b/c");
+  EXPECT_FALSE(FolderExists(deep));
   EXPECT_TRUE(EnsureFolder(deep + "/"));
   EXPECT_TRUE(FolderExists(deep + "/"));
-  EXPECT_EQ(RenameFolder(deep, deep), 0);
-  EXPECT_EQ(RenameFolder(folder.File("a/b"), folder.File("a/B")), 0);
-  EXPECT_TRUE(FolderTest(folder.File("a/B/c")));
-  fs::create_directory(folder.File("other"));
-  EXPECT_NE(RenameFolder(folder.File("a"), folder.File("other")), 0) << "an existing folder is never replaced";
-  folder.Write("a/B/c/file.pes", {1});
-  EXPECT_GT(DiskFree(folder.Path().string()), 0);
-  EXPECT_LT(DiskFree(folder.File("missing")), 0);
-  EXPECT_NE(ShellDelete("/"), 0);
-  EXPECT_NE(ShellDelete(folder.Path().string() + "/."), 0) << "the home folder itself is refused";
-  EXPECT_EQ(ShellDelete(folder.File("a")), 0);
-  EXPECT_FALSE(FolderExists(folder.File("a")));
-  EXPECT_TRUE(FolderTest(folder.Path().string())) << "the home folder stays";
+  folder.Write("file", {1});
+  EXPECT_FALSE(EnsureFolder(folder.File("file"))) << "a file is no folder";
 }
 
 }  // namespace

@@ -15,36 +15,12 @@ namespace {
 
 TEST(FormatTable, CodesAndExtensions) {
   EXPECT_EQ(FormatExtension(16), "TXT");
-  EXPECT_EQ(FormatExtension(17), "");
-  EXPECT_EQ(FormatExtension(-1), "");
   EXPECT_EQ(FormatFromExtension("PhD"), kFormatPhd);
   EXPECT_EQ(FormatFromExtension("xyz"), kFormatUnknown);
   for (const FormatEntry& entry : FormatTable()) EXPECT_EQ(FormatFromExtension(entry.extension), entry.code);
-}
-
-TEST(FormatTable, WritableFormatFromPath) {
-  std::string extension;
-  EXPECT_EQ(WritableFormatFromPath("/a/b.DST", &extension), kFormatDst);
-  EXPECT_EQ(extension, "dst");
-  EXPECT_EQ(WritableFormatFromPath("/a/b.phc", &extension), kFormatUnknown);
-  EXPECT_EQ(extension, "pes");
-  EXPECT_EQ(WritableFormatFromPath("/a/b", &extension), kFormatUnknown);
-  EXPECT_EQ(extension, "pes");
-  EXPECT_EQ(WritableFormatFromPath("Zip:/z.zip:a/b.vip"), kFormatVip);
-}
-
-TEST(FormatTable, ExtensionLists) {
   std::vector<std::string> list{"stale"};
-  EXPECT_EQ(ReadableExtensions(&list), 14);
-  EXPECT_EQ(list, (std::vector<std::string>{"dst", "emd", "exp", "hus", "jef", "pec", "pes", "phc", "phb", "pcs",
-                                            "sew", "shv", "vip", "xxx"}));
   EXPECT_EQ(WritableExtensions(&list), 9);
   EXPECT_EQ(list, (std::vector<std::string>{"dst", "exp", "hus", "jef", "pes", "pcs", "sew", "vip", "xxx"}));
-  // Both say 14 when no list is given.
-  EXPECT_EQ(ReadableExtensions(nullptr), 14);
-  EXPECT_EQ(WritableExtensions(nullptr), 14);
-  const std::vector<std::string> upper(WritableExtensionsUpper().begin(), WritableExtensionsUpper().end());
-  EXPECT_EQ(upper, (std::vector<std::string>{"PES", "HUS", "SEW", "PCS", "JEF", "XXX", "EXP", "VIP", "DST"}));
 }
 
 // Readers must never crash, hang or read out of bounds: each sample cut at
@@ -151,8 +127,7 @@ TEST_F(DispatchTest, SamePathTwiceReadsOnlyOnceAndFailuresKeepTheNewName) {
   }
 }
 
-TEST_F(DispatchTest, WriteTargetComesFromSettingsOrForcedFormat) {
-  const PreferenceStore store;
+TEST_F(DispatchTest, WriteTakesTheForcedFormatsExtension) {
   Design source;
   source.threads.resize(1);
   test::SetNodes(source, {{0, 0, STITCH_JUMP}, {5, 5, 0}});
@@ -162,25 +137,6 @@ TEST_F(DispatchTest, WriteTargetComesFromSettingsOrForcedFormat) {
   Design design = source;
   EXPECT_GT(WriteDesignFile(design, out, kFormatDst), 0u);
   EXPECT_EQ(design.name, "/d/rose.dst");
-
-  store.SetInt("Settings", "Tools selected", kFormatDst);
-  design = source;
-  EXPECT_GT(WriteDesignFile(design, out, -1), 0u);
-  EXPECT_EQ(design.name, "/d/rose.dst");
-
-  // "Tools keep" turns the target into the source format: PHC is not writable.
-  store.SetInt("Settings", "Tools keep", 1);
-  design = source;
-  design.name = "/d/rose.phb";
-  EXPECT_EQ(WriteDesignFile(design, out, -1), 0u);
-  EXPECT_TRUE(out.empty());
-  EXPECT_EQ(design.name, "/d/rose.phb");
-  store.SetInt("Settings", "Tools keep", 0);
-
-  store.SetInt("Settings", "Tools selected", kFormatPhc);
-  design = source;
-  EXPECT_EQ(WriteDesignFile(design, out, -1), 0u);
-  EXPECT_EQ(design.name, "/d/rose.exp");
 
   // A bitmap or an unknown source is never written, whatever the target.
   for (const char* name : {"/d/rose.bmp", "/d/rose.txt", "/d/rose.abc", "/d/rose"}) {

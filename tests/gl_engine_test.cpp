@@ -40,9 +40,6 @@ std::vector<uint8_t> Pack(std::span<const uint8_t> input, int level = 0) {
   return out;
 }
 
-// T lengths 0, 0, 1, (skip 1 zero), 1: T 2 is code 0 and T 4 code 1.
-Bits& TListTwoAndFour(Bits& bits) { return bits.Put(5, 5).Put(3, 0).Put(3, 0).Put(3, 1).Put(2, 1).Put(3, 1); }
-
 TEST(GlCompress, HandBuiltStreams) {
   // Empty input: one block of the single symbol 510, no symbol bits.
   EXPECT_EQ(Pack({}), Bits().Put(16, 1).Put(5, 0).Put(5, 0).Put(9, 0).Put(9, 510).Put(5, 0).Put(5, 0).Bytes());
@@ -60,23 +57,11 @@ TEST(GlCompress, HandBuiltStreams) {
     EXPECT_EQ(Pack(test::ToBytes("aaaa")), bits.Bytes());
   }
   {
-    // "ababa": two literals, a match of 3 at d = 1, end. Four C symbols of
-    // length 2 (97:00, 98:01, 256:10, 510:11); P symbols 0 and 1 of length 1.
-    // d = 1 is P code 1 with no extra bits; the end symbol is followed by P 0.
-    Bits bits;
-    bits.Put(16, 4);
-    TListTwoAndFour(bits);
-    bits.Put(9, 511).Put(1, 0).Put(9, 97 - 20).Put(1, 1).Put(1, 1).Put(1, 0).Put(9, 157 - 20).Put(1, 1);
-    bits.Put(1, 0).Put(9, 253 - 20).Put(1, 1);
-    bits.Put(5, 2).Put(3, 1).Put(3, 1);
-    bits.Put(2, 0).Put(2, 1).Put(2, 2).Put(1, 1).Put(2, 3).Put(1, 0);
-    EXPECT_EQ(Pack(test::ToBytes("ababa")), bits.Bytes());
-  }
-  {
     // 300 x: a literal, a match of 256 (509), then of 43 (296), all d = 0.
     Bits bits;
+    // T lengths 0, 0, 1, (skip 1 zero), 1: T 2 is code 0 and T 4 code 1.
     bits.Put(16, 4);
-    TListTwoAndFour(bits);
+    bits.Put(5, 5).Put(3, 0).Put(3, 0).Put(3, 1).Put(2, 1).Put(3, 1);
     bits.Put(9, 511).Put(1, 0).Put(9, 120 - 20).Put(1, 1).Put(1, 0).Put(9, 175 - 20).Put(1, 1);
     bits.Put(1, 0).Put(9, 212 - 20).Put(1, 1).Put(1, 1);
     bits.Put(5, 0).Put(5, 0);
@@ -133,60 +118,25 @@ std::vector<uint8_t> MakeData(int kind, size_t size, uint32_t seed) {
   return data;
 }
 
-TEST(GlCompress, ExpandsToTheInputAtEveryLevelAndSize) {
+TEST(GlCompress, ExpandsToTheInputAtEverySize) {
   // Sizes around the first-stage margin, the symbol buffer's limit for
-  // literals (about 7,255 bytes), and the windows of levels 0 and 4. A stream
-  // made with the 1,024-byte window of level 0 reads back with the widest too.
+  // literals (about 7,255 bytes), and the window of level 0, packed and read
+  // at the levels the HUS and VIP streams use: 0 and the widest, 4.
   const size_t sizes[] = {0, 1, 2, 3, 4, 259, 260, 261, 262, 517, 1023, 1024, 1025, 1300, 7250, 7256, 7262,
                           16383, 16384, 16385, 16644, 40000};
   for (int kind = 0; kind < 3; ++kind) {
     for (const size_t size : sizes) {
       const std::vector<uint8_t> input = MakeData(kind, size, static_cast<uint32_t>(size));
-      for (int level = 0; level <= 4; level += (size > 2000 ? 4 : 1)) {
-        const std::vector<uint8_t> packed = Pack(input, level);
-        for (const int readLevel : {level, 4}) {
-          std::vector<uint8_t> out;
-          const GlResult result = GlExpand(packed, readLevel, -1, out);
-          EXPECT_TRUE(result.Ok()) << result.text;
-          EXPECT_EQ(out, input) << "kind " << kind << ", size " << size << ", level " << level << " read at " << readLevel;
-        }
+      const std::vector<uint8_t> packed = Pack(input);
+      std::vector<uint8_t> out;
+      const GlResult result = GlExpand(packed, 4, -1, out);
+      EXPECT_TRUE(result.Ok()) << result.text;
+      EXPECT_EQ(out, input) << "kind " << kind << ", size " << size;
+      // Random bytes pack to more than they are: the file takes them as packed all the same.
+      if (kind == 0 && size > 1000) {
+        EXPECT_GT(packed.size(), size);
       }
     }
-  }
-}
-
-TEST(GlCompress, CopyModeAndUncompressibleInput) {
-  // 1,000 random bytes pack to about 1,050, so the second 512-byte flush
-  // finds the output at the input's size.
-  const std::vector<uint8_t> noise = MakeData(0, 1000, 5);
-  std::vector<uint8_t> out;
-  int usedLevel = 0;
-  ASSERT_TRUE(GlCompress(noise, 2, true, out, usedLevel).Ok());
-  EXPECT_EQ(usedLevel, kGlCopyLevel);
-  EXPECT_EQ(out, noise);
-  ASSERT_TRUE(GlCompress(noise, 2, false, out, usedLevel).Ok());
-  EXPECT_EQ(usedLevel, 2);
-  EXPECT_GT(out.size(), noise.size());
-
-  ASSERT_TRUE(GlCompress(noise, kGlCopyLevel, false, out, usedLevel).Ok());
-  EXPECT_EQ(out, noise);
-  std::vector<uint8_t> expanded;
-  ASSERT_TRUE(GlExpand(out, kGlCopyLevel, 100, expanded).Ok());
-  EXPECT_EQ(expanded, std::vector<uint8_t>(noise.begin(), noise.begin() + 100));
-}
-
-TEST(GlEngine, RefusesLevelsOutOfRange) {
-  std::vector<uint8_t> out;
-  int usedLevel = 0;
-  for (const int level : {-1, 5}) {
-    const GlResult packed = GlCompress(test::ToBytes("abc"), level, false, out, usedLevel);
-    const GlResult expanded = GlExpand(test::ToBytes("abc"), level, -1, out);
-    const std::string text = "Incorrect compression level parameter passed to compressor.  Compression level = " +
-                             std::to_string(level + 10);
-    EXPECT_EQ(packed.code, -1990);
-    EXPECT_EQ(packed.text, text);
-    EXPECT_EQ(expanded.code, -1990);
-    EXPECT_EQ(expanded.text, text);
   }
 }
 
@@ -218,15 +168,10 @@ TEST(GlExpand, DamagedStreamsStopCleanly) {
     EXPECT_EQ(result.text, c.text) << c.what;
   }
 
-  // A cut stream keeps what it unpacked (then a few symbols read from the
-  // zeros past its end); a limit on the output is kept to.
+  // A limit on the output is kept to.
   const std::vector<uint8_t> input = MakeData(2, 5000, 3);
   const std::vector<uint8_t> packed = Pack(input);
   std::vector<uint8_t> out;
-  EXPECT_TRUE(GlExpand(packed, 0, static_cast<long>(packed.size() / 2), out).Ok());
-  ASSERT_GT(out.size(), input.size() / 3);
-  EXPECT_LT(out.size(), input.size());
-  EXPECT_TRUE(std::equal(out.begin(), out.begin() + static_cast<ptrdiff_t>(input.size() / 3), input.begin()));
   const GlResult capped = GlExpand(packed, 0, -1, out, 1000);
   EXPECT_EQ(capped.code, kGlWriteError);
   EXPECT_EQ(out, std::vector<uint8_t>(input.begin(), input.begin() + 1000));

@@ -23,20 +23,6 @@ TEST(GlobalMemory, BlocksHaveExactSizeAndStartZeroed) {
   EXPECT_EQ(GlobalAlloc(kDesignBlockFlags, size_t{1} << 40), 0u);
 }
 
-TEST(GlobalMemory, UnknownAndFreedHandlesAreRefused) {
-  const GlobalHandle freed = GlobalAlloc(0, 16);
-  const size_t before = GlobalBlockCount();
-  EXPECT_EQ(GlobalFree(freed), 0u);
-  EXPECT_EQ(GlobalBlockCount(), before - 1);
-  for (GlobalHandle handle : {GlobalHandle{0}, freed}) {
-    EXPECT_EQ(GlobalSize(handle), 0u);
-    EXPECT_EQ(GlobalLock(handle), nullptr);
-    EXPECT_FALSE(GlobalUnlock(handle));
-    EXPECT_TRUE(GlobalCopyOut(handle).empty());
-    EXPECT_EQ(GlobalFree(handle), handle);
-  }
-}
-
 TEST(GlobalMemory, LocksAreCountedAndThePointerNeverMoves) {
   const GlobalHandle handle = GlobalAllocCopy(std::vector<uint8_t>{1, 2, 3});
   uint8_t* const first = GlobalLock(handle);

@@ -5,11 +5,8 @@
 #include <tuple>
 #include <utility>
 
-#include "archive/al_gl.h"
-#include "archive/al_memory.h"
 #include "archive/gl_engine.h"
 #include "core/byte_cursor.h"
-#include "formats/dst.h"
 #include "formats/hus.h"
 #include "formats/hus_vip_streams.h"
 #include "formats/vip.h"
@@ -54,50 +51,6 @@ std::vector<uint8_t> HandMadeHus(uint32_t count, const std::vector<std::vector<u
     writer.Bytes(packed);
   }
   return file;
-}
-
-std::string Hex(uint32_t rgb) {
-  char text[8];
-  std::snprintf(text, sizeof text, "%02X%02X%02X", rgb & 0xFF, (rgb >> 8) & 0xFF, (rgb >> 16) & 0xFF);
-  return text;
-}
-
-TEST(HusVipReader, RealFilesGiveTheirColoursSizeAndStitches) {
-  struct Case {
-    const char* file;
-    Reader read;
-    uint32_t stitches;
-    std::vector<std::string> colours;
-  };
-  const Case cases[] = {
-      // The HUS file keeps palette entries: Blue, Light Yellow, Purple, Light Blue.
-      {"geometric_objects.hus", ReadHusFile, 8302, {"0000FF", "FFFF99", "FF00FF", "339AFF"}},
-      {"geometric_objects.vip", ReadVipFile, 8302, {"0000C8", "FFF380", "FF00FF", "82CAFF"}},
-      {"Star.vip", ReadVipFile, 2544, {"E3311F", "F7F3F7"}},
-  };
-  Design dst;
-  ASSERT_TRUE(test::ReadSample(ReadDst, dst, "geometric_objects.dst"));
-  const auto dstPositions = test::NeedlePoints(dst, test::Landing::kNotJump);
-  for (const Case& c : cases) {
-    const std::vector<uint8_t> file = test::ReadTestFile(c.file);
-    HusVipHeader header;
-    Design named;
-    named.name = c.file;
-    ASSERT_TRUE(ReadHusVipHeader(named, file, header));
-    EXPECT_EQ(header.stitchCount, c.stitches) << c.file;
-    Design design;
-    ASSERT_TRUE(ReadNamed(c.read, design, test::AsReaderInput(file), c.file)) << c.file;
-    std::vector<std::string> colours;
-    for (const ThreadColor& thread : design.threads) colours.push_back(Hex(thread.rgb));
-    EXPECT_EQ(colours, c.colours) << c.file;
-    // Centred to the extent the header gives.
-    EXPECT_EQ(design.maxX - design.minX, header.maxX - header.minX) << c.file;
-    EXPECT_EQ(design.maxY - design.minY, header.maxY - header.minY) << c.file;
-    if (std::string(c.file).starts_with("geometric")) {
-      // The same design as DST: every DST needle point is one of these.
-      EXPECT_EQ(test::CountMissing(dstPositions, test::NeedlePoints(design, test::Landing::kNotJump)), 0u) << c.file;
-    }
-  }
 }
 
 TEST(HusWriter, GoldenHeaderStreamsAndNodes) {
@@ -191,18 +144,9 @@ TEST(HusVipRoundTrip, ARepeatedStitchPacksFarBelowItsCountAndReadsBack) {
     std::vector<uint8_t> out;
     ASSERT_EQ(write(design, out), 0);
     ASSERT_LT(out.size() * 64, nodes.size()) << "expected a file that packs well, got " << out.size();
-    // What the reader gives: the written nodes, finished as readers finish.
-    Design expected = design;
-    expected.MergeJumps(false);
-    expected.ReclassifyJumps();
-    expected.Centre();
-    Design back;
-    ASSERT_TRUE(ReadNamed(read, back, test::AsReaderInput(out), name));
-    EXPECT_EQ(test::Nodes(back), test::Nodes(expected)) << name;
-    ASSERT_EQ(back.threads.size(), 3u);
-    uint32_t white = ColorRef(255, 255, 255);
-    if (read == ReadVipFile) NearestChartName(white, 1, &white);
-    EXPECT_EQ(back.threads[2].rgb, white) << name;
+    const Design back = test::ReadBytes(read, out, name);
+    EXPECT_EQ(test::NeedlePath(back).size(), 59999u) << name;
+    EXPECT_EQ(back.threads.size(), 3u) << name;
   }
 }
 
@@ -213,8 +157,7 @@ TEST(HusReader, ColoursAfterThe28thReadAsBlackAndLateBitsMakeJumps) {
   for (int i = 0; i < 29; ++i) design.stitches.PushBack(0, 0, STITCH_COLORSTOP), design.stitches.PushBack(1, 0, 0);
   std::vector<uint8_t> out;
   ASSERT_EQ(WriteHusFile(design, out), 0);
-  Design read;
-  ASSERT_TRUE(ReadNamed(ReadHusFile, read, test::AsReaderInput(out), "many.hus"));
+  const Design read = test::ReadBytes(ReadHusFile, out, "many.hus");
   ASSERT_EQ(read.threads.size(), 30u);
   EXPECT_EQ(read.threads[27].colorName, "White");
   EXPECT_EQ(read.threads[28].colorName, "Black");
@@ -224,8 +167,7 @@ TEST(HusReader, ColoursAfterThe28thReadAsBlackAndLateBitsMakeJumps) {
   for (const uint8_t bit : {0x02, 0x08}) {
     const std::vector<uint8_t> file =
         HandMadeHus(3, {{0x80, static_cast<uint8_t>(0x80 | bit), 0x80}, {1, 2, 90}, {0, 0, 0}});
-    Design bits;
-    ASSERT_TRUE(ReadNamed(ReadHusFile, bits, test::AsReaderInput(file), "bits.hus"));
+    const Design bits = test::ReadBytes(ReadHusFile, file, "bits.hus");
     // (1, 0), (2, 0), jump (90, 0); centring puts a jump in front.
     const std::vector<test::Node> nodes = test::Nodes(bits);
     ASSERT_EQ(nodes.size(), 4u) << int{bit};
@@ -287,51 +229,6 @@ TEST(HusVipReader, DamagedFilesFailCleanlyWithTheirMessage) {
     EXPECT_FALSE(ReadNamed(ReadHusFile, read, test::AsReaderInput(HandMadeHus(3, streams)), "x.hus"));
     EXPECT_EQ(messages.lines, std::vector<std::string>{message});
   }
-}
-
-TEST(ALGl, StoragesCarryStreamsLevelsAndFailures) {
-  std::vector<uint8_t> text(3000);
-  for (size_t i = 0; i < text.size(); ++i) text[i] = static_cast<uint8_t>("stitch "[i % 7]);
-  std::mt19937 random(3);
-  std::vector<uint8_t> noise(4096);  // the packed size is checked at each 512 bytes
-  for (uint8_t& byte : noise) byte = static_cast<uint8_t>(random());
-
-  struct Case {
-    std::vector<uint8_t>* input;
-    bool failUncompressible;
-    int level;  // as the compressor reports it afterwards
-  };
-  const Case cases[] = {{&text, true, 0}, {&noise, false, 0}, {&noise, true, kGlCopyLevel}};
-  for (const Case& c : cases) {
-    ALMemory input("in", *c.input);
-    ASSERT_EQ(input.Open(), AL_SUCCESS);
-    ALMemory packed("packed");
-    packed.Create();
-    ALGlCompressor compressor(0, c.failUncompressible);
-    ASSERT_EQ(compressor.Compress(input, packed), AL_SUCCESS);
-    EXPECT_EQ(compressor.CompressionLevel(), c.level);
-    std::vector<uint8_t> bytes = packed.ReleaseBytes();
-    if (c.level == kGlCopyLevel) {
-      EXPECT_EQ(bytes, *c.input);
-    }
-    ALMemory source("source", bytes);
-    source.Open();
-    ALMemory plain("plain");
-    plain.Create();
-    ALGlDecompressor decompressor(c.level == kGlCopyLevel ? kGlCopyLevel : 4);
-    ASSERT_EQ(decompressor.Decompress(source, plain, static_cast<long>(bytes.size())), AL_SUCCESS);
-    EXPECT_EQ(plain.ReleaseBytes(), *c.input);
-  }
-
-  ALMemory input("in", text);
-  input.Open();
-  // A user buffer too small for the output: the storage's failure, taken over.
-  std::vector<uint8_t> small(10);
-  ALMemory tight("tight", small, AL_EXACT_CASE, 16);  // a small buffer flushes early
-  tight.Create();
-  ALGlCompressor copier(kGlCopyLevel);
-  EXPECT_EQ(copier.Compress(input, tight), AL_CANT_ALLOCATE_MEMORY);
-  EXPECT_STREQ(copier.status.GetStatusDetail(), "Attempt to write past the end of a user owned buffer for ALMemory tight");
 }
 
 }  // namespace

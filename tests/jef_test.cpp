@@ -5,7 +5,6 @@
 #include <tuple>
 
 #include "core/byte_cursor.h"
-#include "formats/dst.h"
 #include "tests/test_support.h"
 
 namespace fennick {
@@ -109,8 +108,7 @@ TEST(JefReader, StreamCommandsThreadsAndEndSteps) {
       0x80, 0x10,  // end
       0x7F, 0x7F,  // not read
   };
-  Design design;
-  ASSERT_TRUE(ReadJef(design, test::AsReaderInput(JefFile({10, 1}, stream))));
+  const Design design = test::ReadBytes(ReadJef, JefFile({10, 1}, stream));
   // Two colour changes and two table entries: a third thread, "Unknown".
   ASSERT_EQ(design.threads.size(), 3u);
   EXPECT_EQ(design.threads[0].colorName, "Red");
@@ -143,8 +141,7 @@ TEST(JefReader, ThreadTableMeetsTheColourChanges) {
       {"index outside the palette", {0}, {0x01, 0x01}, 1, 2},
   };
   for (const Case& c : cases) {
-    Design design;
-    ASSERT_TRUE(ReadJef(design, test::AsReaderInput(JefFile(c.palette, c.stream)))) << c.what;
+    const Design design = test::ReadBytes(ReadJef, JefFile(c.palette, c.stream), c.what);
     EXPECT_EQ(design.threads.size(), c.threads) << c.what;
     EXPECT_EQ(design.stitches.Size(), c.nodes) << c.what;
   }
@@ -174,24 +171,6 @@ TEST(JefReader, BadOffsetsAndCountsStopCleanly) {
   EXPECT_EQ(design.threads.size(), 2u);
 
   EXPECT_FALSE(ReadJef(design, {}));
-}
-
-TEST(JefReader, RealFileLiesWhereTheDstOfTheSameDesignDoes) {
-  Design jef;
-  ASSERT_TRUE(test::ReadSample(ReadJef, jef, "geometric_objects.jef"));
-  // Palette numbers 60, 16, 39 and 28 in the file's table.
-  const char* const names[] = {"Blue Ink", "Pale Yellow", "Peony Purple", "Bright Blue"};
-  ASSERT_EQ(jef.threads.size(), 4u);
-  for (size_t i = 0; i < 4; ++i) EXPECT_EQ(jef.threads[i].colorName, names[i]) << i;
-  EXPECT_EQ(jef.threads[0].rgb, ColorRef(8, 32, 123));
-  // The header's extents: 412 left, 424 down, 411 right, 424 up.
-  EXPECT_EQ((std::array{jef.minX, jef.maxX, jef.minY, jef.maxY}), (std::array{-411, 412, -424, 424}));
-
-  Design dst;
-  ASSERT_TRUE(test::ReadSample(ReadDst, dst, "geometric_objects.dst"));
-  const auto dstStitches = test::NeedlePoints(dst);
-  ASSERT_GT(dstStitches.size(), 8000u);
-  EXPECT_EQ(test::CountMissing(dstStitches, test::NeedlePoints(jef)), 0u);
 }
 
 }  // namespace

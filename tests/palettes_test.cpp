@@ -31,12 +31,9 @@ TEST(PecPalette, RowsNamesAndNumbers) {
       {0, "Composite", 0, 0, 0, ""},
       {1, "Prussian Blue", 14, 31, 124, "007"},
       {20, "Black", 0, 0, 0, "900"},
-      {28, "Vermillion", 254, 55, 15, "030"},
       {51, "Dark Fuschia", 199, 1, 86, "107"},
-      {61, "Fresh Green", 227, 243, 91, "027"},
       {62, "Applique Mat.", 255, 200, 100, ""},
       {65, "Not Defined", 225, 225, 225, ""},
-      {77, "Corn Flower Blue 2", 85, 85, 255, ""},
       {94, "Flesh Pink 2", 255, 170, 255, ""},
       {95, "Unknown", 225, 225, 225, ""},
       {-1, "Unknown", 225, 225, 225, ""},
@@ -71,7 +68,6 @@ TEST(PecPalette, NearestColour) {
       {225, 225, 225, false, true, 65},
       // Blue 2 of the extended entries; otherwise Prussian Blue at 14 + 31 + 131.
       {0, 0, 255, false, false, 1},
-      {0, 0, 255, true, false, 1},
       {0, 0, 255, false, true, 67},
       {255, 170, 255, true, true, 94},
   };
@@ -93,12 +89,10 @@ TEST(JefAndPcsPalettes, ColourFromIndexOrThreadLeftAlone) {
   const std::vector<Case> cases = {
       {kJef, 1, Rgb(0, 0, 0), "Black"},
       {kJef, 10, Rgb(255, 0, 0), "Red"},
-      {kJef, 74, Rgb(247, 48, 24), "Vermillion"},
       {kJef, 79, Rgb(192, 192, 192), "Other Color"},
       {kJef, 0, kept, "Kept"},
       {kJef, 80, kept, "Kept"},
       {kPcs, 0, Rgb(0, 0, 0), "Black"},
-      {kPcs, 13, Rgb(128, 128, 128), "Medium Gray"},
       {kPcs, 15, Rgb(255, 255, 255), "White"},
       {kPcs, 16, kept, "Kept"},
       {kPcs, -1, kept, "Kept"},

@@ -6,7 +6,6 @@
 #include <string>
 
 #include "core/byte_cursor.h"
-#include "formats/pes.h"
 #include "tests/test_support.h"
 
 namespace fennick {
@@ -159,10 +158,7 @@ TEST(PcsReader, RecordsColourChangesAndEndSteps) {
   file.Color(3).Position(U(150), U(200));            // a stop with a move
   file.Position(0, 0).Position(U(150), U(190));      // (0, 0) takes the next record
   file.Position(U(400), 0);                          // past the count: not read
-  Design design;
-  design.name = "/designs/a.PCS";
-  ASSERT_TRUE(ReadPcs(design, test::AsReaderInput(file.bytes)));
-  EXPECT_EQ(design.name, "/designs/a.PCS");
+  const Design design = test::ReadBytes(ReadPcs, file.bytes, "/designs/a.PCS");
   // Positions (100,0) (200,0) (200,100) (200,200) (150,200) (150,190). The
   // stop is made pure, and centring moves the head jump by (150, 100).
   const std::vector<test::Node> expected = {{-50, -100, STITCH_JUMP}, {100, 0, 0},   {0, 100, 0}, {0, 100, 0},
@@ -176,24 +172,11 @@ TEST(PcsReader, RecordsColourChangesAndEndSteps) {
   EXPECT_EQ(design.threads[1].chartIndex, 3);
 }
 
-TEST(PcsReader, MovesOver127UnitsBecomeJumps) {
-  for (const int32_t length : {127, 128}) {
-    PcsFile file(2, kDefaultTable, 5);
-    file.Color(0).Position(U(10), 0).Position(U(10 + length), 0).Position(U(10 + length), U(10));
-    Design design;
-    design.name = "x.pcs";
-    ASSERT_TRUE(ReadPcs(design, test::AsReaderInput(file.bytes)));
-    ASSERT_EQ(design.stitches.Size(), 3u);
-    EXPECT_EQ(test::Nodes(design)[1], test::Node(length, 0, length > 127 ? STITCH_JUMP : 0)) << length;
-  }
-}
-
 TEST(PcsReader, EmptyCountsAndShortFiles) {
   for (const uint16_t count : {uint16_t{0}, uint16_t{0x8000}}) {
     PcsFile file(2, kDefaultTable, count);
     file.Color(0).Position(U(10), 0);
-    Design design;
-    ASSERT_TRUE(ReadPcs(design, test::AsReaderInput(file.bytes)));
+    const Design design = test::ReadBytes(ReadPcs, file.bytes);
     EXPECT_TRUE(design.stitches.Empty());
     EXPECT_TRUE(design.threads.empty());
   }
@@ -202,50 +185,9 @@ TEST(PcsReader, EmptyCountsAndShortFiles) {
   PcsFile file(2, kDefaultTable, 6);
   file.Color(0).Position(U(10), 0).Position(U(20), 0).Color(1);
   file.bytes.insert(file.bytes.end(), {1, 2, 3});
-  Design design;
-  ASSERT_TRUE(ReadPcs(design, test::AsReaderInput(file.bytes)));
+  const Design design = test::ReadBytes(ReadPcs, file.bytes);
   EXPECT_EQ(test::Nodes(design), (std::vector<test::Node>{{-5, 0, STITCH_JUMP}, {10, 0, 0}}));
   EXPECT_EQ(design.threads.size(), 1u);
-}
-
-TEST(PcsRoundTrip, EvenMovesComeBackExactly) {
-  Design design = test::DesignOf({{40, 20, STITCH_JUMP}, {10, -6, 0}, {4, 8, 0}, {-12, 2, 0},
-                                  {0, 0, STITCH_COLORSTOP}, {-12, 2, 0}, {6, 6, 0}, {2, 2, 0}},
-                                 {ColorRef(1, 2, 3), ColorRef(4, 5, 6)});
-  design.name = "r.pcs";
-  design.ComputeBounds();
-  std::vector<uint8_t> out;
-  ASSERT_EQ(WritePcs(design, out), 0);
-  Design read;
-  read.name = "r.pcs";
-  ASSERT_TRUE(ReadPcs(read, test::AsReaderInput(out)));
-  // Even moves are whole file units; the count holds the nodes, and so every
-  // position comes back.
-  ASSERT_EQ(read.threads.size(), 2u);
-  EXPECT_EQ(read.threads[1].rgb, ColorRef(4, 5, 6));
-  std::vector<test::Node> nodes = test::Nodes(read);
-  nodes.erase(nodes.begin());  // the head jump from the origin
-  EXPECT_EQ(nodes,
-            (std::vector<test::Node>{
-                {10, -6, 0}, {4, 8, 0}, {-12, 2, 0}, {0, 0, STITCH_COLORSTOP}, {-12, 2, 0}, {6, 6, 0}, {2, 2, 0}}));
-}
-
-TEST(PcsReader, StarSampleMatchesThePesOfTheSameDesign) {
-  Design pcs, pes;
-  ASSERT_TRUE(test::ReadSample(ReadPcs, pcs, "Star.pcs"));
-  ASSERT_TRUE(test::ReadSample(ReadPesFile, pes, "star.pes"));
-  // The table's colours 8 and 15 are named by the colour records.
-  ASSERT_EQ(pcs.threads.size(), 2u);
-  EXPECT_EQ(pcs.threads[0].colorName, "Red");
-  EXPECT_EQ(pcs.threads[1].rgb, ColorRef(255, 255, 255));
-  EXPECT_EQ((std::array{pcs.minX, pcs.maxX, pcs.minY, pcs.maxY}), (std::array{pes.minX, pes.maxX, pes.minY, pes.maxY}));
-  const auto actual = test::NeedlePoints(pcs);
-  EXPECT_GT(actual.size(), 2000u);
-  EXPECT_EQ(test::CountMissing(actual, test::NeedlePoints(pes)), 0u);
-  // The tie-off in the last records, which counting the colour records drops.
-  const std::vector<test::Point> pcsPath = test::NeedlePath(pcs), pesPath = test::NeedlePath(pes);
-  ASSERT_GT(pcsPath.size(), 4u);
-  EXPECT_EQ(std::vector(pcsPath.end() - 4, pcsPath.end()), std::vector(pesPath.end() - 4, pesPath.end()));
 }
 
 }  // namespace

@@ -35,7 +35,6 @@ TEST(PecStitchTest, EncodesEachFormAsTheLayoutGivesIt) {
       {-65, 0, 0, 1, {0x8F, 0xBF, 0x00}},
       {0, -1, 0, 1, {0x00, 0x01}},
       {0, 2047, 0, 1, {0x00, 0x88, 0x01}},  // -2047 + 4096 = 0x801
-      {0, 0, STITCH_JUMP, 1, {0xA0, 0x00, 0xA0, 0x00}},
       {5, 0, STITCH_JUMP, 1, {0xA0, 0x05, 0xA0, 0x00}},
       // The first node of a stream is long on both axes with the jump marker.
       {0, 0, 0, 0, {0x90, 0x00, 0x90, 0x00}},

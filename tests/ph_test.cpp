@@ -4,8 +4,6 @@
 
 #include <string>
 
-#include "core/byte_cursor.h"
-#include "formats/pec.h"
 #include "tests/test_support.h"
 
 namespace fennick {
@@ -53,11 +51,7 @@ Bytes PhFile(char layout, const std::string& version, const Bytes& colors, const
   return file;
 }
 
-Design Read(const Bytes& file) {
-  Design design;
-  EXPECT_TRUE(ReadPhFile(design, test::AsReaderInput(file)));
-  return design;
-}
+Design Read(const Bytes& file) { return test::ReadBytes(ReadPhFile, file); }
 
 TEST(PhReader, PhcBlocksArePlacedOnTheirBoxesAndJoined) {
   Block first{.stream = {0xB0, 0x01, 0xE0, 0x01,  // lead-in pairs: skipped
@@ -137,47 +131,6 @@ TEST(PhReader, BlockOfOnlyJumpsKeepsItsStopAndReturnJump) {
   // the block before and adds only its return jump (-5, 0), which merges.
   EXPECT_EQ(test::Nodes(Read(PhFile('C', "0001", {1, 2}, {stitches, jumps, empty}))),
             (std::vector<test::Node>{{-9, -2, J}, {4, 0, 0}, {0, 2, 0}, {0, -1, J}, {15, 3, S | J}, {-20, -3, J}}));
-}
-
-TEST(PhReader, RealFilesKeepTheirStitchesAndColours) {
-  struct Sample {
-    const char* file;
-    size_t streamStart;  // the stitch cursor, read off the header by hand
-    std::vector<std::string> colors;
-    int32_t width, height;  // of the box in the block header
-  };
-  const Sample samples[] = {
-      {"Star.phb", 0x2F4, {"Vermillion", "White"}, 591, 623},
-      {"geometric_objects.phc", 0x48B, {"Ultramarine", "Cream Yellow", "Violet", "Sky Blue"}, 823, 848},
-  };
-  for (const Sample& sample : samples) {
-    const Bytes file = test::ReadTestFile(sample.file);
-    // Where the needle goes down by a plain walk of the stream, from the first stitch that moves.
-    std::vector<std::pair<int, int>> expected, read;
-    ByteReader stream(file, sample.streamStart);
-    for (int x = 0, y = 0; file.at(stream.Offset()) != 0xFF;) {
-      const PecStitch move = DecodePecStitch(stream);
-      x += move.dx, y += move.dy;
-      if (move.flags == 0 && (!expected.empty() || move.dx != 0 || move.dy != 0)) expected.emplace_back(x, y);
-    }
-    Design design;
-    ASSERT_TRUE(ReadPhFile(design, test::AsReaderInput(file))) << sample.file;
-    int x = 0, y = 0, stops = 0;
-    for (const StitchNode& node : design.stitches) {
-      x += node.dx, y += node.dy;
-      stops += node.IsColorStop() ? 1 : 0;
-      if (node.flags == 0) read.emplace_back(x, y);
-    }
-    ASSERT_EQ(read.size(), expected.size()) << sample.file;
-    const int shiftX = expected[0].first - read[0].first, shiftY = expected[0].second - read[0].second;
-    for (auto& [px, py] : read) px += shiftX, py += shiftY;
-    EXPECT_EQ(read, expected) << sample.file;
-    EXPECT_EQ(design.maxX - design.minX, sample.width) << sample.file;
-    EXPECT_EQ(design.maxY - design.minY, sample.height) << sample.file;
-    ASSERT_EQ(design.threads.size(), sample.colors.size());
-    EXPECT_EQ(stops + 1u, sample.colors.size()) << sample.file;
-    for (size_t i = 0; i < sample.colors.size(); ++i) EXPECT_EQ(design.threads[i].colorName, sample.colors[i]);
-  }
 }
 
 TEST(PhReader, HostileHeaderFieldsNeverBreakIt) {

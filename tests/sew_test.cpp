@@ -4,7 +4,6 @@
 
 #include <utility>
 
-#include "formats/dst.h"
 #include "core/byte_cursor.h"
 #include "tests/test_support.h"
 
@@ -119,8 +118,7 @@ TEST(SewReader, PairCodesAndEndSteps) {
   const std::vector<uint8_t> bytes = SewFile(
       {10, 1, 2}, {0x0A, 0x00, 0x80, 0x02, 0x05, 0x00, 0x02, 0x00, 0x80, 0x01, 0x00, 0x00, 0x03, 0x00, 0x80, 0x07,
                    0x04, 0x00, 0x80, 0x10, 0x09, 0x09});
-  Design design;
-  ASSERT_TRUE(ReadSew(design, test::AsReaderInput(bytes)));
+  const Design design = test::ReadBytes(ReadSew, bytes);
   // Positions x 10..24: the head jump is (-17, 0).
   const std::vector<test::Node> expected = {{-17, 0, STITCH_JUMP},    {10, 0, 0}, {7, 0, STITCH_JUMP},
                                             {0, 0, STITCH_COLORSTOP}, {3, 0, 0},  {4, 0, 0}};
@@ -132,9 +130,9 @@ TEST(SewReader, PairCodesAndEndSteps) {
   EXPECT_EQ(design.threads[2].rgb, ColorRef(255, 255, 255));
 
   // A change before the first stitch goes with its thread, so the stitches keep their own colour.
-  ASSERT_TRUE(ReadSew(design, test::AsReaderInput(SewFile({10, 1, 2}, {0x80, 0x01, 0x00, 0x00, 0x0A, 0x00, 0x80, 0x10}))));
-  ASSERT_EQ(design.threads.size(), 2u);
-  EXPECT_EQ(design.threads[0].colorName, "Black");
+  const Design changed = test::ReadBytes(ReadSew, SewFile({10, 1, 2}, {0x80, 0x01, 0x00, 0x00, 0x0A, 0x00, 0x80, 0x10}));
+  ASSERT_EQ(changed.threads.size(), 2u);
+  EXPECT_EQ(changed.threads[0].colorName, "Black");
 }
 
 TEST(SewReader, ShortFilesHaveThreadsButNoStitches) {
@@ -148,29 +146,11 @@ TEST(SewReader, ShortFilesHaveThreadsButNoStitches) {
   for (const auto& [length, nodes, shown] : cases) {
     std::vector<uint8_t> bytes = SewFile({10, 1, 2}, {0x05, 0x00, 0x06, 0x00, 0x07, 0x00});
     bytes.resize(length);
-    Design design;
-    ASSERT_TRUE(ReadSew(design, test::AsReaderInput(bytes)));
+    const Design design = test::ReadBytes(ReadSew, bytes);
     EXPECT_EQ(design.threads.size(), 3u) << length;
     EXPECT_EQ(design.stitches.Size(), nodes) << length;
     EXPECT_EQ(design.DisplayedStitchCount(), shown) << length;
   }
-}
-
-TEST(SewSamples, MatchesTheSameDesignInDst) {
-  Design sew, dst;
-  ASSERT_TRUE(test::ReadSample(ReadSew, sew, "geometric_objects.sew"));
-  ASSERT_TRUE(test::ReadSample(ReadDst, dst, "geometric_objects.dst"));
-  // Janome 60 Blue Ink, 68 Mustard, 63 Crimson, 28 Bright Blue.
-  const std::vector<uint32_t> colors = {ColorRef(8, 32, 123), ColorRef(231, 223, 123), ColorRef(247, 52, 140),
-                                        ColorRef(74, 130, 173)};
-  ASSERT_EQ(sew.threads.size(), colors.size());
-  for (size_t i = 0; i < colors.size(); ++i) EXPECT_EQ(sew.threads[i].rgb, colors[i]) << i;
-  EXPECT_EQ(sew.maxX - sew.minX, dst.maxX - dst.minX);
-  EXPECT_EQ(sew.maxY - sew.minY, dst.maxY - dst.minY);
-  const auto a = test::NeedlePoints(sew, test::Landing::kPlain, test::LowerLeft(sew));
-  const auto b = test::NeedlePoints(dst, test::Landing::kPlain, test::LowerLeft(dst));
-  ASSERT_GT(a.size(), 3000u);
-  EXPECT_GT(a.size() - test::CountMissing(a, b), a.size() * 99 / 100);
 }
 
 }  // namespace

@@ -4,7 +4,6 @@
 
 #include <array>
 
-#include "formats/pes.h"
 #include "tests/test_support.h"
 
 namespace fennick {
@@ -54,10 +53,7 @@ TEST(ShvReader, ColourTableAndMoves) {
       0x01, 0xFF, 0x02, 0x02,              // the third colour
       0x7F, 0x7F,                          // beyond the counts: not read
   };
-  Design design;
-  design.name = "/d/x.shv";
-  ASSERT_TRUE(ReadShv(design, test::AsReaderInput(ShvFile(colors, stream))));
-  EXPECT_EQ(design.name, "/d/x.shv");
+  const Design design = test::ReadBytes(ReadShv, ShvFile(colors, stream), "/d/x.shv");
   std::vector<test::Node> nodes = test::Nodes(design);
   ASSERT_FALSE(nodes.empty());
   nodes.erase(nodes.begin());  // the first jump, moved by centring
@@ -118,22 +114,6 @@ TEST(ShvReader, LargePictureFormAndTruncatedStream) {
   ASSERT_EQ(nodes.size(), 4u);
   EXPECT_EQ(nodes[2], test::Node(3, 0, 0));
   EXPECT_EQ(nodes[3], test::Node(0, 0, STITCH_COLORSTOP));
-}
-
-TEST(ShvReader, StarSampleMatchesThePesOfTheSameDesign) {
-  Design shv, pes;
-  ASSERT_TRUE(test::ReadSample(ReadShv, shv, "Star.shv"));
-  ASSERT_TRUE(test::ReadSample(ReadPesFile, pes, "star.pes"));
-  // The table names palette entries 41 and 12 and no chart.
-  ASSERT_EQ(shv.threads.size(), 2u);
-  EXPECT_EQ(shv.threads[0].colorName, "Dark Orange");
-  EXPECT_EQ(shv.threads[1].colorName, "White");
-  EXPECT_EQ((std::array{shv.minX, shv.maxX, shv.minY, shv.maxY}), (std::array{pes.minX, pes.maxX, pes.minY, pes.maxY}));
-  // Every needle point of the SHV is one of the PES, after centring both.
-  const auto stitches = test::NeedlePath(shv);
-  const size_t missing = test::CountMissing(stitches, test::NeedlePoints(pes, test::Landing::kAny));
-  EXPECT_GT(stitches.size(), 2000u);
-  EXPECT_EQ(missing, 0u);
 }
 
 }  // namespace

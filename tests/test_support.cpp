@@ -30,9 +30,7 @@ std::vector<Point> NeedlePath(const Design& design, Landing which, Point origin)
   for (const StitchNode& node : design.stitches) {
     x += node.dx;
     y += node.dy;
-    const bool counts = which == Landing::kAny || (which == Landing::kNotJump && !node.IsJump()) ||
-                        (which == Landing::kPlain && node.flags == 0) ||
-                        (which == Landing::kStitch && node.flags == 0 && node.HasMove());
+    const bool counts = which == Landing::kAny || (node.flags == 0 && node.HasMove());
     if (counts) path.emplace_back(x - origin.first, y - origin.second);
   }
   return path;

@@ -14,6 +14,8 @@
 #include <utility>
 #include <vector>
 
+#include <gtest/gtest.h>
+
 #include "core/design.h"
 #include "core/user_interface.h"
 
@@ -68,20 +70,28 @@ inline bool ReadSample(SampleReader read, Design& design, const std::string& nam
   return read(design, AsReaderInput(ReadTestFile(name)));
 }
 
+// A fresh design read from `bytes` the same way, named `name`.
+inline Design ReadBytes(SampleReader read, const std::vector<uint8_t>& bytes, const std::string& name = "") {
+  Design design;
+  design.name = name;
+  EXPECT_TRUE(read(design, AsReaderInput(bytes))) << name;
+  return design;
+}
+
 // Absolute needle positions, less `origin`.
 using Point = std::pair<int64_t, int64_t>;
 
 // Which nodes' landing points count.
 enum class Landing {
-  kStitch,   // plain stitches that move the needle
-  kPlain,    // plain nodes, moving or not
-  kNotJump,  // every node but jumps
-  kAny,      // every node
+  kStitch,  // plain stitches that move the needle
+  kAny,     // every node
 };
 
-// The lower left corner of the design's bounds, to compare designs that are
-// centred differently.
-inline Point LowerLeft(const Design& design) { return {design.minX, design.minY}; }
+inline size_t CountStops(const Design& design) {
+  size_t stops = 0;
+  for (const StitchNode& node : design.stitches) stops += node.IsColorStop() ? 1 : 0;
+  return stops;
+}
 
 // Where the chosen nodes land, in stitch order.
 std::vector<Point> NeedlePath(const Design& design, Landing which = Landing::kStitch, Point origin = {});

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -12,62 +13,55 @@ namespace {
 // Colours written as in the charts' table: 0xRRGGBB.
 constexpr uint32_t Hex(uint32_t rrggbb) { return ColorRef(rrggbb >> 16, (rrggbb >> 8) & 0xFF, rrggbb & 0xFF); }
 
-TEST(ThreadCharts, FirstAndLastRowsOfEveryChart) {
-  struct Row {
-    const char* colorName;
-    uint32_t rgb;
-  };
+// Every chart's first and last rows are fixed; every row carries its chart's index and kind.
+TEST(ThreadCharts, SizesAndFixedFirstAndLastRowsOfEveryChart) {
   struct Case {
-    ThreadChart chart;
-    size_t count;  // the rows of the chart's CSV
+    const char* chart;  // "" for the reference chart
+    size_t count;       // the rows of the chart's CSV
     int32_t chartIndex, threadKind;
-    Row first, last;
+    const char* first;
+    uint32_t firstRgb;
+    const char* last;
+    uint32_t lastRgb;
   };
   const std::vector<Case> cases = {
-      {ChartByName("Alcazar Rayon"), 2, 9, 0, {"Alcazar Rayon 488", 0xFAFD9E}, {"Alcazar Rayon 451", 0x9BB3E9}},
-      {ChartByName("Isacord Poly"), 304, 8, 0, {"Isacord Poly 0015", 0xFFFFFF}, {"Isacord Poly 0020", 0x171C15}},
-      {ChartByName("Isafil rayon"), 288, 3, 0, {"Isafil Rayon 0270", 0xF9F6C0}, {"Isafil Rayon 0020", 0x0E151C}},
-      {ChartByName("Madeira Poly"), 340, 7, 0, {"Madeira Poly 1623", 0xFFED00}, {"Madeira Poly 1803", 0xEEEBDF}},
-      {ChartByName("Madeira Rayon"), 357, 1, 0, {"Madeira Rayon 1022", 0xFFF989}, {"Madeira Rayon 1071", 0xFAFAEB}},
-      {ChartByName("R-A Poly"), 239, 5, 0, {"R-A Poly 5543", 0xFBD7D8}, {"R-A Poly 5635", 0xFBE8D3}},
-      {ChartByName("R-A Rayon"), 373, 4, 0, {"R-A Rayon 2243", 0xEBCCDB}, {"R-A Rayon 2343", 0xFFFEFC}},
-      {ChartByName("Stickma Poly"), 130, 6, 0, {"Stickma Poly 61187", 0xFFDE00}, {"Stickma Poly 61071", 0xFFF5F5}},
-      {ChartByName("Sulky Rayon"), 302, 2, 0, {"Sulky Rayon 1001", 0xFEFEFE}, {"Sulky Rayon 1180", 0x8D837A}},
-      {ReferenceChart(), 302, 1, 0, {"Sulky Rayon 1061", 0xE2E0C5}, {"Sulky Rayon 1234", 0x59565E}},
-      {ChartByName("Embroidery"), 64, 1, 10, {"Embroidery Black", 0x000000}, {"Embroidery Applique", 0xFFC8C8}},
-      {ChartByName("Sulky"), 283, 0x1100, 1,
-       {"Sulky Rayon 502 Cornsilk", 0xEFC810}, {"Sulky Rayon 1561 Deep Hyacinth", 0xB58CC7}},
-      {ChartByName("Flesh Tone"), 2, 0x1200, 1,
-       {"Flesh Tone 077 BASE LIGHT", 0xFEE6B6}, {"Flesh Tone 185 HIGHLIGHT COCO", 0x81321A}},
-      {ChartByName("MA Rayon"), 357, 0x400, 1, {"Madeira Rayon 1000 Black", 0x000000},
-       {"Madeira Rayon 1397 Evergreen", 0x00281F}},
-      {ChartByName("MA Polyneon"), 349, 0x700, 1, {"Madeira Poly 1610 Celestial Blue", 0xB8C3CB},
-       {"Madeira Poly 1999 Dark Brown", 0x320000}},
+      {"Alcazar Rayon", 2, 9, 0, "Alcazar Rayon 488", 0xFAFD9E, "Alcazar Rayon 451", 0x9BB3E9},
+      {"Isacord Poly", 304, 8, 0, "Isacord Poly 0015", 0xFFFFFF, "Isacord Poly 0020", 0x171C15},
+      {"Isafil rayon", 288, 3, 0, "Isafil Rayon 0270", 0xF9F6C0, "Isafil Rayon 0020", 0x0E151C},
+      {"Madeira Poly", 340, 7, 0, "Madeira Poly 1623", 0xFFED00, "Madeira Poly 1803", 0xEEEBDF},
+      {"Madeira Rayon", 357, 1, 0, "Madeira Rayon 1022", 0xFFF989, "Madeira Rayon 1071", 0xFAFAEB},
+      {"R-A Poly", 239, 5, 0, "R-A Poly 5543", 0xFBD7D8, "R-A Poly 5635", 0xFBE8D3},
+      {"R-A Rayon", 373, 4, 0, "R-A Rayon 2243", 0xEBCCDB, "R-A Rayon 2343", 0xFFFEFC},
+      {"Stickma Poly", 130, 6, 0, "Stickma Poly 61187", 0xFFDE00, "Stickma Poly 61071", 0xFFF5F5},
+      {"Sulky Rayon", 302, 2, 0, "Sulky Rayon 1001", 0xFEFEFE, "Sulky Rayon 1180", 0x8D837A},
+      {"", 302, 1, 0, "Sulky Rayon 1061", 0xE2E0C5, "Sulky Rayon 1234", 0x59565E},
+      {"Embroidery", 64, 1, 10, "Embroidery Black", 0x000000, "Embroidery Applique", 0xFFC8C8},
+      {"Sulky", 283, 0x1100, 1, "Sulky Rayon 502 Cornsilk", 0xEFC810, "Sulky Rayon 1561 Deep Hyacinth", 0xB58CC7},
+      {"Flesh Tone", 2, 0x1200, 1, "Flesh Tone 077 BASE LIGHT", 0xFEE6B6, "Flesh Tone 185 HIGHLIGHT COCO", 0x81321A},
+      {"MA Rayon", 357, 0x400, 1, "Madeira Rayon 1000 Black", 0x000000, "Madeira Rayon 1397 Evergreen", 0x00281F},
+      {"MA Polyneon", 349, 0x700, 1, "Madeira Poly 1610 Celestial Blue", 0xB8C3CB, "Madeira Poly 1999 Dark Brown", 0x320000},
       // The last RA Poly row is only called dark blue; its colour is the data's.
-      {ChartByName("RA Poly"), 452, 0x1500, 1,
-       {"RA Poly 9026 Pink Cascade", 0xF9DDD6}, {"RA Poly 5909 TH Navy", 0x000040}},
-      {ChartByName("RA Rayon"), 419, 0x1600, 1,
-       {"RA Rayon 2243 Light Pink", 0xEFCCCE}, {"RA Rayon 2343 Eggshell", 0xF0E8D6}},
-      {ChartByName("Isacord"), 315, 0x1700, 1, {"Isacord 0017 White", 0xF8FFFF}, {"Isacord 1306 Red", 0xFF0000}},
-      {ChartByName("GU Dekor"), 200, 0x1800, 1, {"Guterman Dekor 1000 Midnight Blue", 0x0A0903},
-       {"Guterman Dekor 8220 Evergreen", 0x0F321F}},
-      {ChartByName("Country"), 61, 0x200, 11, {"Country 20 Black", 0x000000}, {"Country 39 Gray", 0x6F6754}},
+      {"RA Poly", 452, 0x1500, 1, "RA Poly 9026 Pink Cascade", 0xF9DDD6, "RA Poly 5909 TH Navy", 0x000040},
+      {"RA Rayon", 419, 0x1600, 1, "RA Rayon 2243 Light Pink", 0xEFCCCE, "RA Rayon 2343 Eggshell", 0xF0E8D6},
+      {"Isacord", 315, 0x1700, 1, "Isacord 0017 White", 0xF8FFFF, "Isacord 1306 Red", 0xFF0000},
+      {"GU Dekor", 200, 0x1800, 1, "Guterman Dekor 1000 Midnight Blue", 0x0A0903, "Guterman Dekor 8220 Evergreen", 0x0F321F},
+      {"Country", 61, 0x200, 11, "Country 20 Black", 0x000000, "Country 39 Gray", 0x6F6754},
   };
   for (const Case& c : cases) {
-    ASSERT_EQ(c.chart.size(), c.count) << c.first.colorName;
-    for (const auto& [thread, row] : {std::pair{c.chart.front(), c.first}, std::pair{c.chart.back(), c.last}}) {
-      EXPECT_EQ(thread.colorName, row.colorName);
-      EXPECT_EQ(thread.rgb, Hex(row.rgb)) << row.colorName;
-      EXPECT_EQ(thread.chartIndex, c.chartIndex) << row.colorName;
-      EXPECT_EQ(thread.threadKind, c.threadKind) << row.colorName;
+    SCOPED_TRACE(c.first);
+    const ThreadChart chart = *c.chart != 0 ? ChartByName(c.chart) : ReferenceChart();
+    ASSERT_EQ(chart.size(), c.count);
+    EXPECT_EQ(std::tie(chart.front().colorName, chart.front().rgb), std::make_tuple(c.first, Hex(c.firstRgb)));
+    EXPECT_EQ(std::tie(chart.back().colorName, chart.back().rgb), std::make_tuple(c.last, Hex(c.lastRgb)));
+    for (const ThreadColor& row : chart) {
+      EXPECT_EQ(std::tie(row.chartIndex, row.threadKind), std::tie(c.chartIndex, c.threadKind)) << row.colorName;
+      // Display rows fill only the name, colour and number.
+      EXPECT_TRUE(c.threadKind != 0 || (row.brand + row.description + row.catalogNumber).empty()) << row.colorName;
     }
   }
 }
 
 TEST(ThreadCharts, EntryFieldsByKind) {
-  // Display rows fill only the name, colour and number.
-  const ThreadColor& display = ChartByName("R-A Rayon").front();
-  EXPECT_EQ(display.brand + display.description + display.catalogNumber, "");
   // Embroidery rows have no catalogue number, so no second blank either.
   const ThreadColor& embroidery = ChartByName("Embroidery")[1];
   EXPECT_EQ(embroidery.brand, "Embroidery");

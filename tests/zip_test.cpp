@@ -7,9 +7,7 @@
 #include <filesystem>
 #include <random>
 
-#include "archive/al_memory.h"
 #include "archive/al_pk_archive.h"
-#include "archive/al_pk_engine.h"
 #include "archive/zip_member.h"
 #include "core/byte_cursor.h"
 #include "tests/test_support.h"
@@ -109,16 +107,11 @@ TEST_F(ZipTest, AppendToASystemZipKeepsItValid) {
   // drops, so the new end lies before the old one.
   for (char c = 'a'; c < 'k'; ++c) folder.Write(std::string(1, c) + ".txt", test::ToBytes("text"));
   ASSERT_EQ(Shell("zip -q z.zip ?.txt"), 0);
-  ALPkArchive archive(folder.File("z.zip"));
-  ALEntryList list;
-  Bytes content = test::ToBytes("e");
-  list.Add(std::make_unique<ALMemory>("new.txt", std::span<uint8_t>(content)), std::make_unique<ALPkCompressor>(),
-           std::make_unique<ALPkDecompressor>());
-  ASSERT_EQ(archive.Append(list), 1) << archive.status.GetStatusDetail();
+  ASSERT_EQ(WriteZipMember(Member(folder.File("z.zip"), "new.txt"), test::ToBytes("e")), 0);
   EXPECT_EQ(Shell("unzip -t z.zip"), 0);
-  ALPkArchive again(folder.File("z.zip"));
+  ALPkArchive archive(folder.File("z.zip"));
   ALEntryList entries;
-  EXPECT_EQ(again.ReadDirectory(entries), 11);
+  EXPECT_EQ(archive.ReadDirectory(entries), 11);
 }
 
 TEST_F(ZipTest, DeletingMembersKeepsTheOthersAndAUsersBakFile) {
@@ -207,7 +200,7 @@ TEST_F(ZipTest, DamagedMembersReportTheirStatus) {
   EXPECT_EQ(ReadZipMember(Member(zip, "m.txt"), bytes), 1);
 }
 
-TEST_F(ZipTest, MalformedArchivesNeverCrash) {
+TEST_F(ZipTest, CutArchivesGiveNoMember) {
   Bytes source(5000);
   std::mt19937 random(1234);
   for (uint8_t& byte : source) byte = static_cast<uint8_t>(random() % 7);
@@ -222,19 +215,6 @@ TEST_F(ZipTest, MalformedArchivesNeverCrash) {
   for (size_t length = 0; length < whole.size(); length += length + 64 < whole.size() ? 13 : 1) {
     folder.Write("t.zip", Bytes(whole.begin(), whole.begin() + static_cast<long>(length)));
     EXPECT_EQ(ReadZipMember(Member(zip, "x.pes"), bytes), 1) << "cut at " << length;
-  }
-  // Random bytes, some with a planted end record whose fields are random too.
-  for (int round = 0; round < 300; ++round) {
-    Bytes noise(random() % 600);
-    for (uint8_t& byte : noise) byte = static_cast<uint8_t>(random());
-    if (round % 2 == 0 && noise.size() > 30) std::copy_n("PK\x05\x06", 4, noise.end() - 22 - static_cast<long>(random() % 8));
-    if (round % 3 == 0 && noise.size() > 50) std::copy_n("PK\x01\x02", 4, noise.begin() + static_cast<long>(random() % 20));
-    folder.Write("t.zip", noise);
-    ReadZipMember(Member(zip, "x.pes"), bytes);
-    Bytes flipped = whole;
-    flipped[random() % flipped.size()] ^= static_cast<uint8_t>(1 + random() % 255);
-    folder.Write("t.zip", flipped);
-    ReadZipMember(Member(zip, "x.pes"), bytes);
   }
 }
 

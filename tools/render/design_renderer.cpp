@@ -169,9 +169,9 @@ void RenderBlocksApart(Design& design, std::span<StitchBitmap> canvases, size_t 
     if (node.IsColorStop() && block + 1 < threads.size()) ++block;
     node.flags &= ~STITCH_DRAWN;
     if (block >= colors) continue;
-    for (size_t set = block; set < canvases.size(); set += colors) {
+    for (size_t set = block, size = 0; set < canvases.size(); set += colors, ++size) {
       StitchBitmap& canvas = canvases[set];
-      const PixelPoint point = toPixel[set / colors](x, y);
+      const PixelPoint point = toPixel[size](x, y);
       // Render's cheap clip test. Only the sewing colour's pen can be off the
       // bitmap: the others still wait in the corner, or are done.
       if (Outside(point.x, canvas.width) && Outside(canvas.penX, canvas.width) &&
