@@ -30,6 +30,29 @@ int RunNotes(const Arguments& arguments);
 int RunRender(const Arguments& arguments);
 int RunZip(const Arguments& arguments);
 int RunColors(const Arguments& arguments);
+int RunColorSort(const Arguments& arguments);
+int RunBaste(const Arguments& arguments);
+int RunReduce(const Arguments& arguments);
+int RunHueSort(const Arguments& arguments);
+
+// What the command line changes in the stored conversion settings; -1 keeps them.
+struct ConvertOverrides {
+  int32_t hoopWidth = -1, hoopHeight = -1;  // millimetres
+  int32_t rotate = -1;
+  int32_t shrink = -1;
+  int32_t stitchLimit = -1;  // 0: no split by stitches
+  int32_t colorLimit = -1;   // 0: no split by colours
+  int32_t pes5 = -1;
+};
+
+// The single form of convert for `command`: IN, OUT and convert's options in
+// `arguments`, turned into OUT's conversion settings. Returns 0, or the exit
+// status after one line naming the fault.
+int ParseSingleSave(const std::string& command, const Arguments& arguments, std::string& input, std::string& output,
+                    ConversionSettings& settings);
+// Saves the design as `output` through the save pipeline, printing each file
+// written, or the reason and a hint for the hoop. Returns the exit status.
+int SaveAs(Design&& design, const std::string& output, const ConversionSettings& settings);
 
 // The many-file form of convert: every design of `inputs` (files, folders
 // searched recursively, ZIP files, "Zip:" members) saved as `extension` into
@@ -52,6 +75,8 @@ bool SaveFile(const std::string& path, const std::vector<uint8_t>& bytes);
 bool SavePicture(Design& design, BitmapOptions options, const std::string& path);
 // One line on standard error: "fennick: <subject>: <cause>".
 void ReportError(const std::string& subject, const std::string& cause);
+// A whole number of 0 or more, the whole text.
+bool ParseCount(const std::string& text, int32_t& value);
 // The lower-case extension of a path.
 std::string LowerExtension(const std::string& path);
 // A JSON string literal of `text`, quotes included.

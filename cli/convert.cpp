@@ -1,4 +1,3 @@
-#include <charconv>
 #include <iostream>
 #include <utility>
 
@@ -11,22 +10,6 @@
 
 namespace fennick::cli {
 namespace {
-
-// What the command line changes in the stored conversion settings; -1 keeps them.
-struct Overrides {
-  int32_t hoopWidth = -1, hoopHeight = -1;  // millimetres
-  int32_t rotate = -1;
-  int32_t shrink = -1;
-  int32_t stitchLimit = -1;  // 0: no split by stitches
-  int32_t colorLimit = -1;   // 0: no split by colours
-  int32_t pes5 = -1;
-};
-
-bool ParseCount(const std::string& text, int32_t& value) {
-  const char* end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data(), end, value);
-  return error == std::errc() && stop == end && value >= 0;
-}
 
 // "WIDTHxHEIGHT" in millimetres, both above 0.
 bool ParseHoop(const std::string& text, int32_t& width, int32_t& height) {
@@ -42,8 +25,8 @@ struct BatchTarget {
 };
 
 // Returns 0, or the exit status of a bad argument after its one line.
-int ParseArguments(const Arguments& arguments, std::vector<std::string>& names, Overrides& overrides,
-                   BatchTarget& batch) {
+int ParseArguments(const std::string& command, const Arguments& arguments, std::vector<std::string>& names,
+                   ConvertOverrides& overrides, BatchTarget& batch) {
   for (size_t i = 0; i < arguments.size(); ++i) {
     const std::string& argument = arguments[i];
     const bool hasValue = i + 1 < arguments.size();
@@ -55,7 +38,7 @@ int ParseArguments(const Arguments& arguments, std::vector<std::string>& names, 
       overrides.rotate = argument == "--rotate" ? 1 : 0;
     } else if (argument == "--hoop" && hasValue) {
       if (!ParseHoop(arguments[++i], overrides.hoopWidth, overrides.hoopHeight)) {
-        ReportError("convert", "--hoop takes WIDTHxHEIGHT in millimetres, not \"" + arguments[i] + "\"");
+        ReportError(command, "--hoop takes WIDTHxHEIGHT in millimetres, not \"" + arguments[i] + "\"");
         return 2;
       }
     } else if ((argument == "--shrink" || argument == "--split-stitches" || argument == "--split-colors") &&
@@ -64,31 +47,35 @@ int ParseArguments(const Arguments& arguments, std::vector<std::string>& names, 
                         : argument == "--split-stitches" ? overrides.stitchLimit
                                                          : overrides.colorLimit;
       if (!ParseCount(arguments[++i], target)) {
-        ReportError("convert", argument + " takes a whole number of 0 or more, not \"" + arguments[i] + "\"");
+        ReportError(command, argument + " takes a whole number of 0 or more, not \"" + arguments[i] + "\"");
         return 2;
       }
     } else if (argument.rfind("--", 0) == 0) {
-      ReportError("convert", "unknown argument \"" + argument + "\"");
+      ReportError(command, "unknown argument \"" + argument + "\"");
       return 2;
     } else {
       names.push_back(argument);
     }
   }
   if (!batch.extension.empty() || !batch.folder.empty()) {
+    if (command != "convert") {
+      ReportError(command, "--to and --out belong to convert; " + command + " writes one file");
+      return 2;
+    }
     if (batch.extension.empty() || batch.folder.empty() || names.empty()) {
-      ReportError("convert", "--to EXT and --out DIR convert the designs named after them");
+      ReportError(command, "--to EXT and --out DIR convert the designs named after them");
       return 2;
     }
     return 0;
   }
   if (names.size() != 2) {
-    ReportError("convert", "name the design to read and the file to write");
+    ReportError(command, "name the design to read and the file to write");
     return 2;
   }
   return 0;
 }
 
-void Apply(const Overrides& overrides, ConversionSettings& settings) {
+void Apply(const ConvertOverrides& overrides, ConversionSettings& settings) {
   if (overrides.hoopWidth > 0) {
     settings.hoopWidth = overrides.hoopWidth;
     settings.hoopHeight = overrides.hoopHeight;
@@ -114,33 +101,37 @@ FormatCode WrittenFormat(FormatCode target) {
   return format != nullptr && format->write != nullptr ? saved : kFormatUnknown;
 }
 
-}  // namespace
-
-int RunConvert(const Arguments& arguments) {
-  std::vector<std::string> names;
-  Overrides overrides;
-  BatchTarget batch;
-  if (const int status = ParseArguments(arguments, names, overrides, batch); status != 0) return status;
-  const bool isBatch = !batch.extension.empty();
-  std::string extension = isBatch ? AsciiLower(batch.extension) : LowerExtension(names[1]);
+// The settings of a save as `extension`: the stored row with the overrides.
+// This is the Save As: its settings are the ones the PES writer follows, set
+// once, before any design of a batch is read.
+int SaveAsSettings(const std::string& subject, std::string extension, const ConvertOverrides& overrides,
+                   ConversionSettings& settings) {
   if (!extension.empty() && extension[0] == '.') extension.erase(0, 1);
   const FormatCode format = WrittenFormat(FormatFromExtension(extension));
   if (format == kFormatUnknown) {
-    ReportError(isBatch ? "--to" : names[1], "no writer for the extension \"." + extension + "\"");
+    ReportError(subject, "no writer for the extension \"." + extension + "\"");
     return 2;
   }
-  // This command is the Save As: its settings are the ones the PES writer
-  // follows. Set once, before any design of a batch is read.
-  ConversionSettings settings;
   ReadConversion(AsciiLower(FormatExtension(format == kFormatTxt ? kFormatPes : format)), settings);
   Apply(overrides, settings);
   SetSaveAsConversion(settings);
-  if (isBatch) return ConvertBatch(names, extension, batch.folder, settings);
+  return 0;
+}
 
-  const std::string& input = names[0];
-  const std::string& output = names[1];
-  Design design;
-  if (!LoadDesign(input, design)) return 1;
+}  // namespace
+
+int ParseSingleSave(const std::string& command, const Arguments& arguments, std::string& input, std::string& output,
+                    ConversionSettings& settings) {
+  std::vector<std::string> names;
+  ConvertOverrides overrides;
+  BatchTarget batch;
+  if (const int status = ParseArguments(command, arguments, names, overrides, batch); status != 0) return status;
+  input = names[0];
+  output = names[1];
+  return SaveAsSettings(output, LowerExtension(output), overrides, settings);
+}
+
+int SaveAs(Design&& design, const std::string& output, const ConversionSettings& settings) {
   // The target's name gives the label that formats such as DST carry. The
   // pipeline reports its own failures under "Save Error".
   design.name = output;
@@ -148,11 +139,33 @@ int RunConvert(const Arguments& arguments) {
   // A named output file is replaced, as every command here does.
   // Written in place: a design the hoop fit refuses is left as it was, for the hint.
   if (SaveDesign(std::move(design), &written, 1, &settings) == 0) {
+    const FormatCode format = WrittenFormat(FormatFromExtension(LowerExtension(output)));
     if (const std::string hint = HoopHint(design, settings, format); !hint.empty()) ReportError(output, hint);
     return 1;
   }
   for (const DesignPath& path : written) std::cout << path.ToString() << "\n";
   return 0;
+}
+
+int RunConvert(const Arguments& arguments) {
+  std::vector<std::string> names;
+  ConvertOverrides overrides;
+  BatchTarget batch;
+  if (const int status = ParseArguments("convert", arguments, names, overrides, batch); status != 0) return status;
+  if (batch.extension.empty()) {
+    ConversionSettings settings;
+    if (const int status = SaveAsSettings(names[1], LowerExtension(names[1]), overrides, settings); status != 0) {
+      return status;
+    }
+    Design design;
+    if (!LoadDesign(names[0], design)) return 1;
+    return SaveAs(std::move(design), names[1], settings);
+  }
+  ConversionSettings settings;
+  if (const int status = SaveAsSettings("--to", AsciiLower(batch.extension), overrides, settings); status != 0) {
+    return status;
+  }
+  return ConvertBatch(names, AsciiLower(batch.extension), batch.folder, settings);
 }
 
 }  // namespace fennick::cli

@@ -78,6 +78,30 @@ constexpr Command kCommands[] = {
      "./demo-out), PES both plain and with real colours (fennick-demo-v5.pes), reads each file back, draws it as a PNG thumbnail beside the file and prints a\n"
      "table of the results. All files also go into DIR/designs.zip, and the DST one is read back from it.",
      fennick::cli::RunDemo},
+    {"colorsort", "fennick colorsort IN OUT [--threshold PCT] [CONVERT OPTIONS]",
+     "Color Sort: moves a later block of a colour up behind an earlier block of the same colour, so\n"
+     "that the two sew as one and the design needs fewer colour stops, wherever the blocks it jumps\n"
+     "over cover no more than PCT percent of it (default: the \"Color Sort Threshold\" preference, 5).\n"
+     "Prints how many colours it saved and saves OUT as 'fennick convert IN OUT' does, with its options.",
+     fennick::cli::RunColorSort},
+    {"baste", "fennick baste IN OUT [--no-combine] [--no-cross] [--edge MM] [--length MM] [CONVERT OPTIONS]",
+     "Auto-Baste: a rectangle of long running stitches around the design, to hold fabric and\n"
+     "stabiliser together, sewn first in a thread of its own. --edge is the margin past the design\n"
+     "(0 to 100 mm), --length the stitch length (1 to 100 mm), --no-cross leaves out the crosshair\n"
+     "ticks at the middle of each side, and --no-combine writes the baste alone. Each defaults to its\n"
+     "\"Baste\" preference. Prints the stitches added and saves OUT as 'fennick convert IN OUT' does.",
+     fennick::cli::RunBaste},
+    {"reduce", "fennick reduce IN OUT --needles N [CONVERT OPTIONS]",
+     "Reduce Needles: merges the nearest colours until the design uses at most N distinct colours,\n"
+     "for a machine of N needles. Colour stops stay; each takes the remaining colour nearest to it,\n"
+     "with its whole thread record. Prints the colours merged and saves OUT as 'fennick convert IN\n"
+     "OUT' does.",
+     fennick::cli::RunReduce},
+    {"huesort", "fennick huesort IN OUT [CONVERT OPTIONS]",
+     "Orders the design's thread list by hue, near colours together, as a host's colour list shows\n"
+     "them; the stitches keep their order, so each colour block takes the thread of its new place.\n"
+     "A design of fewer than 3 colours keeps its order. Saves OUT as 'fennick convert IN OUT' does.",
+     fennick::cli::RunHueSort},
     {"zip", "fennick zip list ZIP | zip add ZIP FILE [NAME] | zip delete ZIP NAME",
      "Lists the members of a ZIP file, adds FILE as member NAME (default: FILE's name; a member of\n"
      "that name, in any case, is replaced), or deletes member NAME. The ZIP file is rewritten as a\n"

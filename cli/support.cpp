@@ -1,3 +1,4 @@
+#include <charconv>
 #include <cstdio>
 #include <iostream>
 #include <sys/stat.h>
@@ -14,6 +15,12 @@ namespace fennick::cli {
 
 void ReportError(const std::string& subject, const std::string& cause) {
   std::cerr << "fennick: " << subject << ": " << cause << "\n";
+}
+
+bool ParseCount(const std::string& text, int32_t& value) {
+  const char* end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, value);
+  return error == std::errc() && stop == end && value >= 0;
 }
 
 std::string LowerExtension(const std::string& path) {

@@ -129,6 +129,36 @@ TEST_F(CliTest, ConvertFitsAndSplitsAsTheSettingsAndOptionsSay) {
   EXPECT_EQ(Run("convert '" + sample + "' s.dst --split-colors 0").out, "s.dst\n");
 }
 
+TEST_F(CliTest, ToolsSayWhatTheyChangedAndSaveAsConvertDoes) {
+  const std::string pes = std::string(FENNICK_TEST_DATA) + "/geometric_objects.pes";
+  const struct {
+    std::string arguments;
+    std::string line;  // what it changed, or how that line begins
+    size_t threads, distinct;  // of the file written
+  } cases[] = {
+      {"colorsort '" + pes + "' out.pes --threshold 0", "Color Sort saved 0 colours, 4 -> 4", 4, 4},
+      {"baste '" + pes + "' out.pes --edge 0 --length 10", "basted, ", 5, 5},
+      {"baste '" + pes + "' out.pes --no-combine --no-cross", "replaced by its baste of ", 1, 1},
+      {"reduce '" + pes + "' out.pes --needles 2", "2 colours merged, 4 -> 2 needles", 4, 2},
+      {"huesort '" + pes + "' out.pes --split-colors 0", "4 colours in hue order", 4, 4},
+  };
+  for (const auto& c : cases) {
+    const Outcome outcome = Run(c.arguments);
+    EXPECT_EQ(outcome.status, 0) << c.arguments << outcome.err;
+    // The baste's stitch counts are the tool's own tests' business: here its line is only begun.
+    const std::string expected = pes + ": " + c.line;
+    EXPECT_EQ(outcome.out.substr(0, expected.size()), expected) << outcome.out;
+    EXPECT_EQ(outcome.out.substr(outcome.out.find('\n') + 1), "out.pes\n") << outcome.out;
+    Design written;
+    ASSERT_EQ(ReadDesignFile(written, folder.File("out.pes"), LastFile::kLeave), 0) << c.arguments;
+    EXPECT_EQ(written.threads.size(), c.threads) << c.arguments;
+    std::vector<uint32_t> colours;
+    for (const ThreadColor& thread : written.threads) colours.push_back(thread.rgb);
+    std::sort(colours.begin(), colours.end());
+    EXPECT_EQ(static_cast<size_t>(std::unique(colours.begin(), colours.end()) - colours.begin()), c.distinct);
+  }
+}
+
 TEST_F(CliTest, SettingsAreSetReadAndListed) {
   EXPECT_EQ(Run("settings get Conversion/pesw").status, 1);
   EXPECT_EQ(Run("settings set Conversion/pesw 120").status, 0);
@@ -194,6 +224,9 @@ TEST_F(CliTest, BadInputGivesOneLineAndAnExitCode) {
       {"colors", 2, "fennick: colors: name a format's extension"},
       {"colors abc", 2, "fennick: abc: is not the extension of a design format\n"},
       {"colors bmp", 1, "fennick: bmp: the format has no colour table\n"},
+      {"colorsort a.dst b.dst --threshold 101", 2, "fennick: colorsort: --threshold takes a whole number from 0 to 100\n"},
+      {"reduce a.dst b.dst", 2, "fennick: reduce: --needles N names the most colours the design may keep\n"},
+      {"baste a.dst --to pes --out x", 2, "fennick: baste: --to and --out belong to convert; baste writes one file\n"},
   };
   for (const auto& c : cases) {
     const Outcome outcome = Run(c.arguments);
@@ -204,7 +237,8 @@ TEST_F(CliTest, BadInputGivesOneLineAndAnExitCode) {
 }
 
 TEST_F(CliTest, EveryCommandHasHelp) {
-  for (const char* command : {"info", "dump", "convert", "formats", "settings", "render", "notes", "demo", "zip", "colors"}) {
+  for (const char* command : {"info", "dump", "convert", "formats", "settings", "render", "notes", "demo", "zip", "colors",
+                              "colorsort", "baste", "reduce", "huesort"}) {
     const Outcome outcome = Run(std::string(command) + " --help");
     EXPECT_EQ(outcome.status, 0) << command;
     EXPECT_EQ(outcome.out.rfind(std::string("usage: fennick ") + command, 0), 0u) << outcome.out;

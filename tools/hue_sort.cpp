@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <span>
 
 namespace fennick {
 namespace {
@@ -67,6 +68,14 @@ void HueSortThreads(std::vector<ThreadColor>& threads) {
     }
     ++current;
   }
+}
+
+void SortThreadArray(ThreadColor* array, size_t count) {
+  if (array == nullptr || count == 0) return;
+  const std::span<ThreadColor> records(array, count);
+  std::vector<ThreadColor> sorted(records.begin(), records.end());
+  HueSortThreads(sorted);
+  std::move(sorted.begin(), sorted.end(), records.begin());
 }
 
 }  // namespace fennick

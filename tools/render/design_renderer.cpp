@@ -150,13 +150,13 @@ void DesignRenderer::RenderOutline() {
 }
 
 void RenderBlocksApart(Design& design, std::span<StitchBitmap> canvases, size_t colors, bool flipY,
-                       uint32_t drawnMark) {
+                       uint32_t drawnMark, size_t firstColor) {
   const std::vector<ThreadColor>& threads = design.threads;
   if (colors == 0 || canvases.size() % colors != 0) return;
   for (size_t i = 0; i < canvases.size(); ++i) {
     StitchBitmap& canvas = canvases[i];
     PrepareCanvas(canvas, design, false);
-    if (i % colors < threads.size()) canvas.SetColor(threads[i % colors].rgb);
+    if (firstColor + i % colors < threads.size()) canvas.SetColor(threads[firstColor + i % colors].rgb);
   }
   // The canvases of a set share their size, and so their mapping.
   std::vector<PixelMap> toPixel;
@@ -168,8 +168,8 @@ void RenderBlocksApart(Design& design, std::span<StitchBitmap> canvases, size_t 
     y = Wrap32(int64_t{y} + node.dy);
     if (node.IsColorStop() && block + 1 < threads.size()) ++block;
     node.flags &= ~STITCH_DRAWN;
-    if (block >= colors) continue;
-    for (size_t set = block, size = 0; set < canvases.size(); set += colors, ++size) {
+    if (block < firstColor || block - firstColor >= colors) continue;
+    for (size_t set = block - firstColor, size = 0; set < canvases.size(); set += colors, ++size) {
       StitchBitmap& canvas = canvases[set];
       const PixelPoint point = toPixel[size](x, y);
       // Render's cheap clip test. Only the sewing colour's pen can be off the

@@ -31,15 +31,16 @@ struct DesignRenderer {
   void RenderOutline();
 };
 
-// Draws each colour block of the design into a canvas of its own, all in one
-// walk: `canvases` holds sets of `colors` canvases, one set per picture size,
-// and canvas i of a set ends up as `Render(i)` with thin flat lines, no jumps
-// and no markers would leave it, each keeping its own pen. The canvases must
+// Draws colour blocks firstColor to firstColor + colors - 1 of the design into
+// a canvas each, all in one walk: `canvases` holds sets of `colors` canvases,
+// one set per picture size, and canvas i of a set ends up as
+// `Render(firstColor + i)` with thin flat lines, no jumps and no markers would
+// leave it, each keeping its own pen. The canvases must
 // be created, those of a set at one size and margin; they are cleared to their
 // backgrounds and fitted here. Every node loses STITCH_DRAWN and takes
 // `drawnMark` (STITCH_DRAWN, or 0 for no marks) when its own colour's canvas
 // of the last set drew it.
 void RenderBlocksApart(Design& design, std::span<StitchBitmap> canvases, size_t colors, bool flipY,
-                       uint32_t drawnMark);
+                       uint32_t drawnMark, size_t firstColor = 0);
 
 }  // namespace fennick
