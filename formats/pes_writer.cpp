@@ -358,6 +358,27 @@ std::vector<uint8_t> PaletteIndices(const Design& design, bool allowExtended) {
   return indices;
 }
 
+// Turns the design from the fit's turn back upright, picks the hoop by the
+// upright size and turns the design as that hoop asks; leaves the bounds
+// current. The bounds a design arrives with are measured anew. Where they hold
+// the origin, quarter turns carry them exactly, so the two turns are made as
+// one, and none at all when the hoop asks for the fit's own turn.
+template <typename PickHoop>
+Hoop TurnToHoop(Design& design, PickHoop pickHoop) {
+  design.ComputeBounds();
+  if (design.minX > 0 || design.maxX < 0 || design.minY > 0 || design.maxY < 0) {
+    design.RotateQuarterMeasured(-design.fitRotation, false);
+    const Hoop hoop = pickHoop(Width(design), Height(design));
+    design.RotateQuarterMeasured(hoop.turn, true);
+    return hoop;
+  }
+  const bool across = design.fitRotation != 0;
+  const Hoop hoop = pickHoop(across ? Height(design) : Width(design), across ? Width(design) : Height(design));
+  const int32_t quarters = hoop.turn - design.fitRotation;
+  for (int32_t i = 0; i < std::abs(quarters); ++i) design.RotateQuarterMeasured(quarters > 0 ? 1 : -1, true);
+  return hoop;
+}
+
 // The PES part takes about 4 bytes a node (a segment point) beside the PEC
 // block: room for both, so that a large design's bytes are not moved to grow.
 void ReserveOutput(std::vector<uint8_t>& out, const Design& design, size_t pecSize) {
@@ -368,14 +389,10 @@ void ReserveOutput(std::vector<uint8_t>& out, const Design& design, size_t pecSi
 std::string LabelStem(const Design& design) { return DesignPath(design.name).GetStem(); }
 
 int WritePlain(Design& design, std::vector<uint8_t>& out) {
-  design.RotateQuarterMeasured(-design.fitRotation, false);
-  const Hoop hoop = PickPlainHoop(Width(design), Height(design));
-  if (hoop.turn != 0) {
-    design.RotateQuarterMeasured(hoop.turn, true);
-    design.hoopRotation = hoop.turn;
-  }
+  const Hoop hoop = TurnToHoop(design, PickPlainHoop);
+  if (hoop.turn != 0) design.hoopRotation = hoop.turn;
   // Every piece of a cut move lands within the box of that move, so the
-  // bounds that Turn measured still stand.
+  // bounds that TurnToHoop left still stand.
   CutLongMoves(design);
   design.stitches.Head()->flags &= ~STITCH_JUMP;
   CentreThroughFirstNode(design);
@@ -415,8 +432,7 @@ int WritePlain(Design& design, std::vector<uint8_t>& out) {
 
 int WriteRealColors(Design& design, std::vector<uint8_t>& out) {
   PrepareRealColorStops(design);
-  design.RotateQuarterMeasured(-design.fitRotation, false);
-  const Hoop hoop = PickRealColorHoop(Width(design), Height(design));
+  const Hoop hoop = TurnToHoop(design, PickRealColorHoop);
   design.hoopWidth = hoop.width;
   design.hoopHeight = hoop.height;
   const std::vector<int> headerIndices = BuildHeaderThreads(design);
@@ -428,7 +444,6 @@ int WriteRealColors(Design& design, std::vector<uint8_t>& out) {
                                       [&](const ThreadColor& t) { return t.rgb == thread.rgb && t.chart == thread.chart; });
     thread.chartIndex = earlier != design.threads.begin() + static_cast<ptrdiff_t>(i) ? earlier->chartIndex : nextNumber++;
   }
-  design.RotateQuarterMeasured(hoop.turn, true);
   design.hoopRotation = hoop.turn;
   CentreThroughFirstNode(design);
 
