@@ -7,7 +7,6 @@
 #include <string>
 #include <vector>
 
-#include "core/preferences.h"
 #include "tests/test_support.h"
 
 namespace fennick {
@@ -24,18 +23,9 @@ class AutoBasteTest : public ::testing::Test {
   test::ScratchFolder folder_;
 };
 
-BasteSettings Settings(int32_t combine, int32_t length, int32_t cross, int32_t edge) {
-  BasteSettings settings;
-  settings.combine = combine;
-  settings.length = length;
-  settings.cross = cross;
-  settings.edge = edge;
-  return settings;
-}
-
-// A centred width x height outline (both even, stitch units) in one thread.
-Design Box(int32_t width, int32_t height, const std::string& name = "box.dst", uint32_t rgb = kGreen) {
-  Design design = test::DesignOf({{-width / 2, -height / 2, kJ}, {width, 0, 0}, {0, height, 0}}, {rgb});
+// A centred width x height outline (both even, stitch units) in black.
+Design Box(int32_t width, int32_t height, const std::string& name = "box.dst") {
+  Design design = test::DesignOf({{-width / 2, -height / 2, kJ}, {width, 0, 0}, {0, height, 0}}, {0});
   design.name = name;
   return design;
 }
@@ -56,16 +46,16 @@ TEST_F(AutoBasteTest, NodeSequenceOfASmallBaste) {
     std::vector<Node> sides;  // after the lock
   };
   const Case cases[] = {
-      {"crosshairs: runs of 24 to each middle, ticks of 9 inwards", Settings(0, 6, 1, 1),
+      {"crosshairs: runs of 24 to each middle, ticks of 9 inwards", BasteSettings{0, 6, 1, 1},
        {{24, 0, 0},  {24, 0, 0},  {12, 0, 0},  {0, 0, 0}, {0, -9, 0}, {0, 9, 0},  {0, 0, 0},   {24, 0, 0},
         {24, 0, 0},  {12, 0, 0},  {0, 0, 0},   {0, -24, 0}, {0, -16, 0}, {0, 0, 0}, {-9, 0, 0}, {9, 0, 0},
         {0, 0, 0},   {0, -24, 0}, {0, -16, 0}, {0, 0, 0}, {-24, 0, 0}, {-24, 0, 0}, {-12, 0, 0}, {0, 0, 0},
         {0, 9, 0},   {0, -9, 0},  {0, 0, 0},   {-24, 0, 0}, {-24, 0, 0}, {-12, 0, 0}, {0, 0, 0}, {0, 24, 0},
         {0, 16, 0},  {0, 0, 0},   {9, 0, 0},   {-9, 0, 0}, {0, 0, 0},  {0, 24, 0},  {0, 16, 0}}},
-      {"a side of exactly twice the length: two stitches, no empty remainder", Settings(0, 6, 0, 1),
+      {"a side of exactly twice the length: two stitches, no empty remainder", BasteSettings{0, 6, 0, 1},
        {{60, 0, 0}, {60, 0, 0}, {0, 0, 0}, {0, -60, 0}, {0, -20, 0}, {0, 0, 0}, {-60, 0, 0}, {-60, 0, 0},
         {0, 0, 0}, {0, 60, 0}, {0, 20, 0}}},
-      {"a side shorter than the length is one stitch", Settings(0, 10, 0, 1),
+      {"a side shorter than the length is one stitch", BasteSettings{0, 10, 0, 1},
        {{96, 0, 0}, {24, 0, 0}, {0, 0, 0}, {0, -80, 0}, {0, 0, 0}, {-96, 0, 0}, {-24, 0, 0}, {0, 0, 0},
         {0, 80, 0}}},
   };
@@ -75,45 +65,22 @@ TEST_F(AutoBasteTest, NodeSequenceOfASmallBaste) {
     AutoBaste(design, c.settings);
     EXPECT_EQ(test::Nodes(design), Joined(kLock, c.sides));
     ASSERT_EQ(design.threads.size(), 1u);
-    EXPECT_EQ(design.threads[0].rgb, 0u);
+    EXPECT_EQ(design.threads[0].rgb, 0xFF0000u);  // alone on a black design: blue, not black
   }
 }
 
 TEST_F(AutoBasteTest, CombinedFileHasTheBasteThenAStopThenTheDesignFromTheCorner) {
   Design alone = Box(100, 60);
-  AutoBaste(alone, Settings(0, 6, 1, 1));
+  AutoBaste(alone, BasteSettings{0, 6, 1, 1});
   Design design = Box(100, 60);
   design.threads.emplace_back().rgb = 0x0000FF;
   design.stitches.PushBack(0, 0, STITCH_COLORSTOP);
   design.stitches.PushBack(-100, 0, 0);
-  AutoBaste(design, Settings(1, 6, 1, 1));
+  AutoBaste(design, BasteSettings{1, 6, 1, 1});
   // The design's head jump (-50, -30) now starts from the corner (-60, 40) and stays a jump.
-  EXPECT_EQ(test::Nodes(design), Joined(test::Nodes(alone), {{0, 0, STITCH_COLORSTOP},
-                                                             {10, -70, kJ},
-                                                             {100, 0, 0},
-                                                             {0, 60, 0},
-                                                             {0, 0, STITCH_COLORSTOP},
-                                                             {-100, 0, 0}}));
-  ASSERT_EQ(design.threads.size(), 3u);
-  EXPECT_EQ(design.threads[0].rgb, 0u);
-  EXPECT_EQ(design.threads[1].rgb, kGreen);
-  EXPECT_EQ(design.threads[2].rgb, 0x0000FFu);
-}
-
-TEST_F(AutoBasteTest, BasteAloneOnABlackDesignIsNotBlack) {
-  struct Case {
-    int32_t combine;
-    uint32_t designColor;
-    uint32_t basteColor;
-  };
-  for (const Case& c : {Case{0, 0, 0xFF0000}, Case{1, 0, 0}, Case{0, kGreen, 0}}) {
-    SCOPED_TRACE(testing::Message() << "combine " << c.combine << ", design colour " << c.designColor);
-    Design design = Box(100, 60, "box.dst", c.designColor);
-    AutoBaste(design, Settings(c.combine, 6, 1, 1));
-    EXPECT_EQ(design.threads.size(), c.combine != 0 ? 2u : 1u);
-    EXPECT_EQ(design.threads[0].rgb, c.basteColor);
-    EXPECT_TRUE(design.threads[0].colorName.empty());
-  }
+  EXPECT_EQ(test::Nodes(design), Joined(test::Nodes(alone), {{0, 0, STITCH_COLORSTOP}, {10, -70, kJ}, {100, 0, 0},
+                                                             {0, 60, 0}, {0, 0, STITCH_COLORSTOP}, {-100, 0, 0}}));
+  EXPECT_EQ(test::Rgbs(design.threads), (std::vector<uint32_t>{0, 0, 0x0000FF}));  // the baste stays black
 }
 
 TEST_F(AutoBasteTest, MarginIsDroppedWhenItWouldLeaveTheHoop) {
@@ -125,7 +92,6 @@ TEST_F(AutoBasteTest, MarginIsDroppedWhenItWouldLeaveTheHoop) {
   };
   const Case cases[] = {
       {"box.dst", 1000, 1, 1020},  // 300 mm hoop: margin kept
-      {"box.dst", 1000, 0, 1000},  // edge 0: on the design's bounds
       {"box.pcs", 1080, 1, 1100},  // reaches 550: kept
       {"box.pcs", 1082, 1, 1082},  // passes 550: dropped
       {"box.pcs", 2000, 1, 2000},  // the design itself is too big: still basted, on its bounds
@@ -133,23 +99,13 @@ TEST_F(AutoBasteTest, MarginIsDroppedWhenItWouldLeaveTheHoop) {
   for (const Case& c : cases) {
     SCOPED_TRACE(testing::Message() << c.name << " " << c.width);
     Design design = Box(c.width, c.width, c.name);  // square, so that the ticks stay inside
-    AutoBaste(design, Settings(0, 6, 1, c.edge));
+    AutoBaste(design, BasteSettings{0, 6, 1, c.edge});
     EXPECT_EQ(design.maxX - design.minX, c.basteWidth);
     EXPECT_EQ(design.maxY - design.minY, c.basteWidth);
   }
 }
 
-// The largest step of the runs, past the head jump and the lock.
-int32_t LongestRunStep(const Design& design) {
-  int32_t longest = 0;
-  int index = 0;
-  for (const StitchNode& node : design.stitches) {
-    if (index++ >= 4) longest = std::max({longest, std::abs(node.dx), std::abs(node.dy)});
-  }
-  return longest;
-}
-
-TEST_F(AutoBasteTest, TinyDesignsCutTheLengthAndNeverLoop) {
+TEST_F(AutoBasteTest, TinyDesignsCutTheLengthAndNeverLoopAndEmptyOnesAreLeftAlone) {
   struct Case {
     int32_t width, height, cross;
     int32_t longestStep;
@@ -165,30 +121,20 @@ TEST_F(AutoBasteTest, TinyDesignsCutTheLengthAndNeverLoop) {
   for (const Case& c : cases) {
     SCOPED_TRACE(testing::Message() << c.width << " x " << c.height << " cross " << c.cross);
     Design design = test::DesignOf({{-c.width / 2, -c.height / 2, kJ}, {c.width, c.height, 0}}, {kGreen});
-    AutoBaste(design, Settings(0, 6, c.cross, c.width == 40 ? 0 : 1));
-    EXPECT_EQ(LongestRunStep(design), c.longestStep);
+    AutoBaste(design, BasteSettings{0, 6, c.cross, c.width == 40 ? 0 : 1});
+    const std::vector<Node> nodes = test::Nodes(design);
+    int32_t longest = 0;  // of the runs, past the head jump and the lock
+    for (auto node = nodes.begin() + 4; node < nodes.end(); ++node) {
+      longest = std::max({longest, std::abs(std::get<0>(*node)), std::abs(std::get<1>(*node))});
+    }
+    EXPECT_EQ(longest, c.longestStep);
     EXPECT_EQ(design.stitches.Size(), c.nodes);
+    EXPECT_EQ(design.threads[0].rgb, 0u);  // a design that is not black gets a black baste
   }
-}
-
-TEST_F(AutoBasteTest, ReadsTheStoredSettingsAndLeavesAnEmptyDesignAlone) {
-  const PreferenceStore store;
-  store.SetInt("Settings", "Baste combine", 0);
-  store.SetInt("Settings", "Baste length", 10);
-  store.SetInt("Settings", "Baste cross", 0);
-  store.SetInt("Settings", "Baste edge", 2);
-  Design stored = Box(100, 60);
-  AutoBaste(stored);
-  Design given = Box(100, 60);
-  AutoBaste(given, Settings(0, 10, 0, 2));
-  EXPECT_EQ(test::Nodes(stored), test::Nodes(given));
-  EXPECT_EQ(stored.maxX - stored.minX, 140);
-
-  Design empty = test::DesignOf({}, {kGreen});
-  AutoBaste(empty);
+  Design empty = test::DesignOf({}, {kGreen});  // nothing to baste: left alone
+  AutoBaste(empty, BasteSettings{});
   EXPECT_TRUE(empty.stitches.Empty());
-  ASSERT_EQ(empty.threads.size(), 1u);
-  EXPECT_EQ(empty.threads[0].rgb, kGreen);
+  EXPECT_EQ(test::Rgbs(empty.threads), std::vector<uint32_t>{kGreen});
 }
 
 }  // namespace

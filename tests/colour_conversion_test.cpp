@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "core/embroidery_file.h"
+#include "tests/test_support.h"
 #include "threads/thread_charts.h"
 #include "tools/hue_sort.h"
 
@@ -197,18 +198,20 @@ TEST(GetFormatColors, BlocksDecodeWithTheirChartHeadings) {
   }
 }
 
-TEST(HueSortThreads, ChainsFromTheLowestSector) {
+TEST(HueSortThreads, ChainsFromTheLowestSectorInAVectorOrAnArray) {
   // Sectors: red 1, dark red 1, grey -1, blue 9, rose 1.
   std::vector<ThreadColor> threads = {Thread(Rgb(255, 0, 0), "red"), Thread(Rgb(128, 0, 0), "dark red"),
                                       Thread(Rgb(128, 128, 128), "grey"), Thread(Rgb(0, 0, 255), "blue"),
                                       Thread(Rgb(255, 60, 60), "rose")};
+  std::vector<ThreadColor> array = threads;
   HueSortThreads(threads);
   // Grey seeds the chain and goes to the tail; from it rose is nearest (2000 +
   // 9 * 0.13), then within sector 1 the brightest next; from dark red, grey
   // (2000 - 256 * 0.13) beats blue (8000 - 127 * 0.13) and is drawn back in.
-  std::vector<std::string> order;
-  for (const ThreadColor& thread : threads) order.push_back(thread.colorName);
+  const std::vector<std::string> order = test::Names(threads);
   EXPECT_EQ(order, (std::vector<std::string>{"rose", "red", "dark red", "grey", "blue"}));
+  SortThreadArray(array.data(), array.size());  // a plain array: the same order, written back
+  for (size_t i = 0; i < array.size(); ++i) EXPECT_EQ(array[i].colorName, order[i]) << i;
 
   std::vector<ThreadColor> two = {Thread(Rgb(0, 0, 255), "blue"), Thread(Rgb(255, 0, 0), "red")};
   HueSortThreads(two);

@@ -31,17 +31,12 @@ TEST(InchText, WholePartsAndSixteenths) {
 TEST(DesignNotes, NameSizeDateThenOneParagraphPerThread) {
   Design design;
   design.name = "/designs/rose.pes";
-  design.minX = 0;
-  design.maxX = 256;
-  design.minY = 0;
-  design.maxY = 512;
+  design.maxX = 256, design.maxY = 512;
   test::SetNodes(design, {{1, 0, 0}, {0, 0, STITCH_COLORSTOP}, {1, 1, 0}});
   design.threads.resize(2);
-  design.threads[0].colorName = "Red";
-  design.threads[0].stitchCount = 1;
+  design.threads[0].colorName = "Red", design.threads[0].stitchCount = 1;
   design.threads[0].threadLength = 10000;  // one metre; 1.0936 yd
-  design.threads[1].colorName = "Sky Blue";
-  design.threads[1].stitchCount = 2;
+  design.threads[1].colorName = "Sky Blue", design.threads[1].stitchCount = 2;
   design.threads[1].threadLength = 1449;  // 0.1449 m; 0.1585 yd
   EXPECT_EQ(DesignNotes(design, false, "11/21/26", "MATCHES"),
             "/designs/rose.pes\r\n2.56 cm x 5.12 cm : 2 Stitches\r\n11/21/26\r\n\r\n"
@@ -61,9 +56,7 @@ TEST(DesignNotes, OneCallFormFollowsThePreferenceAndEndsWithTheMatches) {
   design.maxX = 256;
   test::SetNodes(design, {{1, 0, 0}});
   design.threads = {ThreadColor{}};
-  design.threads[0].colorName = "Red";
-  design.threads[0].rgb = 0x0000FF;
-  design.threads[0].threadLength = 10000;
+  design.threads[0].colorName = "Red", design.threads[0].rgb = 0x0000FF, design.threads[0].threadLength = 10000;
   const std::string matches = BuildMatchText(design);
   ASSERT_NE(matches.find("Red Matches:"), std::string::npos);
   const std::string english = DesignNotes(design);  // "English" is on until set otherwise

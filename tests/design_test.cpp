@@ -48,12 +48,6 @@ std::vector<ThreadColor> NumberedThreads(int count) {
   return threads;
 }
 
-std::vector<std::string> ThreadNames(const Design& design) {
-  std::vector<std::string> names;
-  for (const ThreadColor& thread : design.threads) names.push_back(thread.colorName);
-  return names;
-}
-
 TEST(DesignBounds, ComputeBounds) {
   struct Case {
     const char* name;
@@ -253,7 +247,7 @@ TEST(DesignNormalizeColorStops, MakesStopsPureAndThreadsMatch) {
     design.threads = NumberedThreads(c.threadCount);
     EXPECT_EQ(design.NormalizeColorStops(), c.result);
     EXPECT_EQ(test::Nodes(design), c.expected);
-    EXPECT_EQ(ThreadNames(design), c.threads);
+    EXPECT_EQ(test::Names(design.threads), c.threads);
   }
 }
 
@@ -406,7 +400,7 @@ TEST(DesignDefaultPalette, ColoursGapsAndWrapping) {
   design.AppendThread(DefaultPaletteColor(1));
   design.AppendThread(DefaultPaletteColor(2));
   EXPECT_EQ(test::Nodes(design), (NodeList{{10, 0, 0}, {0, 0, S}, {0, 0, S}}));
-  EXPECT_EQ(ThreadNames(design), (std::vector<std::string>{"Blue", "Light Green"}));
+  EXPECT_EQ(test::Names(design.threads), (std::vector<std::string>{"Blue", "Light Green"}));
   EXPECT_EQ(design.DisplayedStitchCount(), 2);
 }
 
@@ -429,7 +423,7 @@ TEST(DesignCopyAndClear, LeaveTheFormatFieldsOnPurpose) {
   const NodeList copied = test::Nodes(source);
   source.stitches.Head()->dx = 50;
   EXPECT_EQ(test::Nodes(target), copied);
-  EXPECT_EQ(ThreadNames(target), (std::vector<std::string>{"T0", "T1"}));
+  EXPECT_EQ(test::Names(target.threads), (std::vector<std::string>{"T0", "T1"}));
   EXPECT_EQ(target.name + target.notes, "rose.pesnotes");
   EXPECT_EQ(BoundsOf(target), (Bounds{11, 12, -13, -14}));
   EXPECT_EQ((std::array{target.sourceFormat, target.blobWord, target.fitRotation, target.hoopRotation}),

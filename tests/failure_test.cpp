@@ -61,13 +61,6 @@ Design Squares(const std::string& name, size_t count) {
   return design;
 }
 
-std::vector<std::string> FolderNames(const fs::path& folder) {
-  std::vector<std::string> names;
-  for (const auto& item : fs::directory_iterator(folder)) names.push_back(item.path().filename().string());
-  std::sort(names.begin(), names.end());
-  return names;
-}
-
 ConversionSettings NoSplitNoHoop() {
   ConversionSettings settings = BuiltInConversion(kFormatDst);
   settings.splitStitches = 0;
@@ -90,7 +83,7 @@ TEST(SaveFailure, DiskFullKeepsTheOldFile) {
   }
   EXPECT_EQ(written, 0);
   EXPECT_EQ(scratch.Read("rose.dst"), old);
-  EXPECT_EQ(FolderNames(scratch.Path()), std::vector<std::string>{"rose.dst"}) << "no temporary file may be left";
+  EXPECT_EQ(test::FolderNames(scratch.Path()), std::vector<std::string>{"rose.dst"}) << "no temporary file may be left";
 
   // The same save without the fault goes through, so the fault was what stopped it.
   design = Squares(scratch.File("rose.dst"), 4000);
@@ -125,7 +118,7 @@ TEST(SaveFailure, ReadOnlyFolderKeepsTheOldFile) {
   ASSERT_NE(WEXITSTATUS(status), 3) << "could not leave root";
   EXPECT_EQ(WEXITSTATUS(status), 0) << "the save must report that it wrote nothing";
   EXPECT_EQ(scratch.Read("locked/rose.dst"), old);
-  EXPECT_EQ(FolderNames(folder), std::vector<std::string>{"rose.dst"});
+  EXPECT_EQ(test::FolderNames(folder), std::vector<std::string>{"rose.dst"});
 }
 
 TEST(SaveFailure, ZipMemberReplacedOnAFullDiskKeepsTheOldArchive) {
@@ -151,7 +144,7 @@ TEST(SaveFailure, ZipMemberReplacedOnAFullDiskKeepsTheOldArchive) {
   std::vector<uint8_t> bytes;
   ASSERT_EQ(ReadZipMember(member, bytes), 0);
   EXPECT_EQ(bytes, first);
-  EXPECT_EQ(FolderNames(scratch.Path()), std::vector<std::string>{"designs.zip"});
+  EXPECT_EQ(test::FolderNames(scratch.Path()), std::vector<std::string>{"designs.zip"});
 }
 
 TEST(LargeDesign, FiveMillionStitchesThroughDst) {

@@ -127,14 +127,7 @@ TEST(PcsWriter, EachChangeNamesTheSlotOfItsColour) {
   cases[1].slots.insert(cases[1].slots.end(), {7, 0, 7});
   cases[1].exact = 20;
   for (const Case& c : cases) {
-    Design design;
-    std::vector<test::Node> nodes;
-    for (const uint32_t rgb : c.colors) {
-      if (!design.threads.empty()) nodes.emplace_back(0, 0, STITCH_COLORSTOP);
-      design.threads.emplace_back().rgb = rgb;
-      nodes.emplace_back(2, 0, 0);
-    }
-    test::SetNodes(design, nodes);
+    Design design = test::StitchPerColour(c.colors);
     design.ComputeBounds();
     std::vector<uint8_t> out;
     ASSERT_EQ(WritePcs(design, out), 0);

@@ -273,29 +273,16 @@ TEST(PesWriter, NothingWithoutColoursAndFailureWithoutStitches) {
   EXPECT_EQ(WritePesFile(empty, out, {true, false, false}), -1);
 }
 
-Design ManyColours(uint32_t count) {
-  std::vector<test::Node> nodes;
-  std::vector<uint32_t> colors;
-  for (uint32_t i = 0; i < count; ++i) {
-    if (i > 0) nodes.emplace_back(0, 0, STITCH_COLORSTOP);
-    nodes.emplace_back(10, static_cast<int32_t>(i % 2) * 20, 0);
-    colors.push_back(ColorRef(static_cast<uint8_t>(i), 0, 0));
-  }
-  Design design = test::DesignOf(nodes, colors);
-  design.name = "many.pes";
-  return design;
-}
-
 // The PEC colour count is one byte holding the count less one.
 TEST(PesWriter, AsManyColoursAsTheCountByteHoldsAndNoMore) {
   for (const bool pes5 : {false, true}) {
     SCOPED_TRACE(pes5 ? "pes5" : "plain");
-    Design tooMany = ManyColours(257);
+    Design tooMany = test::StitchPerColour(test::CountingColours(257));
     Bytes out;
     EXPECT_EQ(WritePesFile(tooMany, out, {pes5, false, false}), -1);
     EXPECT_TRUE(out.empty());
 
-    Design most = ManyColours(256);
+    Design most = test::StitchPerColour(test::CountingColours(256));
     const Bytes file = Write(most, pes5);
     Design read;
     ASSERT_TRUE(ReadPesFile(read, test::AsReaderInput(file)));

@@ -267,32 +267,6 @@ TEST(DesignRenderer, RealDesignStaysInsideItsBox) {
       ASSERT_TRUE(x >= low.x && x <= high.x + 1 && y >= low.y && y <= high.y + 1) << x << "," << y;
     }
   }
-  // Each block alone is drawn in its own colour only.
-  renderer.shaded = false;
-  for (size_t block = 0; block < design.threads.size(); ++block) {
-    renderer.Render(static_cast<int>(block));
-    StitchBitmap pen;
-    pen.SetColor(design.threads[block].rgb);
-    std::set<uint32_t> colors(renderer.bitmap.pixels.begin(), renderer.bitmap.pixels.end());
-    EXPECT_EQ(colors, (std::set<uint32_t>{kBackground, pen.penColor})) << block;
-  }
-}
-
-TEST(DesignRenderer, BlocksApartInOneWalkEqualEachBlockAlone) {
-  Design design;
-  ASSERT_TRUE(test::ReadSample(ReadDst, design, "geometric_objects.dst"));
-  std::vector<StitchBitmap> canvases(design.threads.size());
-  for (StitchBitmap& canvas : canvases) ASSERT_EQ(canvas.Create(120, 80), 0);
-  RenderBlocksApart(design, canvases, canvases.size(), true, STITCH_DRAWN);
-  DesignRenderer alone;
-  ASSERT_EQ(alone.bitmap.Create(120, 80), 0);
-  alone.design = &design;
-  alone.thick = false;
-  alone.flipY = true;
-  for (size_t i = 0; i < canvases.size(); ++i) {
-    alone.Render(static_cast<int>(i));
-    EXPECT_EQ(canvases[i].pixels, alone.bitmap.pixels) << "colour " << i;
-  }
 }
 
 TEST(DesignRenderer, DegenerateDesignsDoNotCrash) {

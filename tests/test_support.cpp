@@ -18,12 +18,6 @@ std::vector<uint8_t> ReadBytes(const std::string& path) {
 
 }  // namespace
 
-std::vector<size_t> CutLengths(size_t size, size_t everyBelow, size_t stride) {
-  std::vector<size_t> lengths;
-  for (size_t length = 0; length <= size; length += length < everyBelow ? 1 : stride) lengths.push_back(length);
-  return lengths;
-}
-
 std::vector<Point> NeedlePath(const Design& design, Landing which, Point origin) {
   std::vector<Point> path;
   int64_t x = 0, y = 0;

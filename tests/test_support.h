@@ -3,9 +3,11 @@
 // preference folder per test.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <numeric>
 #include <optional>
 #include <set>
 #include <span>
@@ -37,6 +39,24 @@ inline Design DesignOf(const std::vector<Node>& nodes, const std::vector<uint32_
   return design;
 }
 
+// A stitch in each colour, zigzagging so that the design has height, with a
+// stop between each two.
+inline Design StitchPerColour(const std::vector<uint32_t>& colors) {
+  std::vector<Node> nodes;
+  for (size_t i = 0; i < colors.size(); ++i) {
+    if (i > 0) nodes.emplace_back(0, 0, STITCH_COLORSTOP);
+    nodes.emplace_back(10, static_cast<int32_t>(i % 2) * 20, 0);
+  }
+  return DesignOf(nodes, colors);
+}
+
+// Colours 0 to count - 1: they differ in red alone.
+inline std::vector<uint32_t> CountingColours(uint32_t count) {
+  std::vector<uint32_t> colors(count);
+  std::iota(colors.begin(), colors.end(), 0u);
+  return colors;
+}
+
 inline std::vector<Node> Nodes(const Design& design) {
   std::vector<Node> nodes;
   for (const StitchNode& node : design.stitches) nodes.emplace_back(node.dx, node.dy, node.flags);
@@ -50,15 +70,6 @@ inline std::vector<uint8_t> AsReaderInput(std::vector<uint8_t> bytes) {
   bytes.push_back(0);
   return bytes;
 }
-
-// The first `length` bytes of a file, as ReadDesignFile hands them on.
-inline std::vector<uint8_t> CutInput(const std::vector<uint8_t>& bytes, size_t length) {
-  return AsReaderInput({bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(length)});
-}
-
-// The lengths 0 to `size` to cut a file to: each one below `everyBelow`, then
-// every `stride`th, so that long files stay quick.
-std::vector<size_t> CutLengths(size_t size, size_t everyBelow = SIZE_MAX, size_t stride = 1);
 
 std::vector<uint8_t> ReadTestFile(const std::string& name);  // from tests/data
 
@@ -91,6 +102,26 @@ inline size_t CountStops(const Design& design) {
   size_t stops = 0;
   for (const StitchNode& node : design.stitches) stops += node.IsColorStop() ? 1 : 0;
   return stops;
+}
+
+// The names in a folder, sorted.
+inline std::vector<std::string> FolderNames(const std::filesystem::path& folder) {
+  std::vector<std::string> names;
+  for (const auto& item : std::filesystem::directory_iterator(folder)) names.push_back(item.path().filename().string());
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+// The threads' colours and names, in order.
+inline std::vector<uint32_t> Rgbs(const std::vector<ThreadColor>& threads) {
+  std::vector<uint32_t> rgbs;
+  for (const ThreadColor& thread : threads) rgbs.push_back(thread.rgb);
+  return rgbs;
+}
+inline std::vector<std::string> Names(const std::vector<ThreadColor>& threads) {
+  std::vector<std::string> names;
+  for (const ThreadColor& thread : threads) names.push_back(thread.colorName);
+  return names;
 }
 
 // Where the chosen nodes land, in stitch order.
