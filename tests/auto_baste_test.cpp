@@ -92,6 +92,7 @@ TEST_F(AutoBasteTest, MarginIsDroppedWhenItWouldLeaveTheHoop) {
   };
   const Case cases[] = {
       {"box.dst", 1000, 1, 1020},  // 300 mm hoop: margin kept
+      {"box.dst", 1000, 0, 1000},  // edge 0: on the design's bounds
       {"box.pcs", 1080, 1, 1100},  // reaches 550: kept
       {"box.pcs", 1082, 1, 1082},  // passes 550: dropped
       {"box.pcs", 2000, 1, 2000},  // the design itself is too big: still basted, on its bounds
