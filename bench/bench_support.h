@@ -1,5 +1,5 @@
-// What the format benchmarks share: the million-stitch sample design and the
-// loops that time a writer and a reader on a design.
+// What the benchmarks share: the million-stitch sample design and the loops
+// that time a change, a writer and a reader on a design.
 #pragma once
 
 #include <benchmark/benchmark.h>
@@ -19,20 +19,29 @@ inline const Design& MillionStitchDesign() {
   return design;
 }
 
-// Times `write` on a fresh copy of `source` (the copy is not timed): writers
-// change the design they are given.
-template <typename Write>
-void WriteLoop(benchmark::State& state, const Design& source, Write write) {
-  std::vector<uint8_t> out;
+// Times `change` on a fresh copy of `source` (the copy is not timed): writers
+// and tools change the design they are given.
+template <typename Change>
+void ChangeLoop(benchmark::State& state, const Design& source, Change change) {
   for (auto _ : state) {
     state.PauseTiming();
     Design design = source;
     state.ResumeTiming();
+    change(design);
+    benchmark::DoNotOptimize(design.stitches.Size());
+  }
+  state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(source.stitches.Size()));
+}
+
+// Times `write` as ChangeLoop does, keeping the bytes.
+template <typename Write>
+void WriteLoop(benchmark::State& state, const Design& source, Write write) {
+  std::vector<uint8_t> out;
+  ChangeLoop(state, source, [&](Design& design) {
     write(design, out);
     benchmark::DoNotOptimize(out.data());
-  }
+  });
   state.counters["bytes"] = static_cast<double>(out.size());
-  state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(source.stitches.Size()));
 }
 
 // Times `read` on what `write` makes of `source`, with the zero byte that

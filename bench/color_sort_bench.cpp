@@ -1,26 +1,11 @@
 // Color Sort: the million-stitch design, and a design of 250 colour blocks in
 // twelve colours, where many blocks of a colour can fuse.
-#include <string>
-
 #include "bench/bench_support.h"
 #include "core/user_interface.h"
 #include "tools/color_sort.h"
 
 namespace fennick {
 namespace {
-
-// Answers the tool's message without writing it anywhere.
-class Quiet : public UserInterface {
- public:
-  Quiet() { SetUserInterface(this); }
-  ~Quiet() override { SetUserInterface(nullptr); }
-  Quiet(const Quiet&) = delete;
-  Quiet& operator=(const Quiet&) = delete;
-  MessageAnswer ShowMessage(const std::string&, const std::string&, MessageButtons buttons) override {
-    return SafeAnswer(buttons);
-  }
-  void SetWaitCursor(bool) override {}
-};
 
 // 250 blocks of fill rows, 2,400 stitches each, on a grid of 100 places: a
 // block lies over the one 100 blocks before it, and every twelfth block has
@@ -62,18 +47,11 @@ const Design& BlocksDesign() {
 }
 
 void SortLoop(benchmark::State& state, const Design& source) {
-  Quiet quiet;
+  QuietUserInterface quiet;
   int saved = 0;
-  for (auto _ : state) {
-    state.PauseTiming();
-    Design design = source;
-    state.ResumeTiming();
-    saved = ColorSort(design, 5);
-    benchmark::DoNotOptimize(design.stitches.Size());
-  }
+  bench::ChangeLoop(state, source, [&saved](Design& design) { saved = ColorSort(design, 5); });
   state.counters["saved"] = saved;
   state.counters["colors"] = static_cast<double>(source.threads.size());
-  state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(source.stitches.Size()));
 }
 
 void BM_ColorSortLarge(benchmark::State& state) { SortLoop(state, bench::MillionStitchDesign()); }

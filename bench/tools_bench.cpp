@@ -10,15 +10,8 @@ namespace fennick {
 namespace {
 
 void BM_AutoBasteLarge(benchmark::State& state) {
-  BasteSettings settings;  // the defaults: combined, crosshairs, 6 mm, 1 mm edge
-  for (auto _ : state) {
-    state.PauseTiming();
-    Design design = bench::MillionStitchDesign();
-    state.ResumeTiming();
-    AutoBaste(design, settings);
-    benchmark::DoNotOptimize(design.stitches.Size());
-  }
-  state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(bench::kMillion));
+  const BasteSettings settings;  // the defaults: combined, crosshairs, 6 mm, 1 mm edge
+  bench::ChangeLoop(state, bench::MillionStitchDesign(), [&settings](Design& design) { AutoBaste(design, settings); });
 }
 BENCHMARK(BM_AutoBasteLarge)->Unit(benchmark::kMillisecond);
 
@@ -39,13 +32,7 @@ Design HundredColours() {
 void BM_ReduceNeedles100To8(benchmark::State& state) {
   const Design source = HundredColours();
   int removed = 0;
-  for (auto _ : state) {
-    state.PauseTiming();
-    Design design = source;
-    state.ResumeTiming();
-    removed = ReduceNeedles(design, 8);
-    benchmark::DoNotOptimize(design.threads.data());
-  }
+  bench::ChangeLoop(state, source, [&removed](Design& design) { removed = ReduceNeedles(design, 8); });
   state.counters["colours"] = CountDistinctColors(source);
   state.counters["removed"] = removed;
 }

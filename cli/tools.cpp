@@ -14,15 +14,6 @@
 namespace fennick::cli {
 namespace {
 
-// The tools' own message boxes say what the printed line says already.
-class QuietInterface : public UserInterface {
- public:
-  MessageAnswer ShowMessage(const std::string&, const std::string&, MessageButtons buttons) override {
-    return SafeAnswer(buttons);
-  }
-  void SetWaitCursor(bool) override {}
-};
-
 // Takes a flag out of `arguments`; true when it was there.
 bool TakeFlag(Arguments& arguments, const std::string& flag) {
   const auto found = std::find(arguments.begin(), arguments.end(), flag);
@@ -54,10 +45,11 @@ int RunTool(const std::string& command, const Arguments& arguments, Change chang
   if (const int status = ParseSingleSave(command, arguments, input, output, settings); status != 0) return status;
   Design design;
   if (!LoadDesign(input, design)) return 1;
-  QuietInterface quiet;
-  SetUserInterface(&quiet);
-  const std::string changed = change(design);
-  SetUserInterface(nullptr);
+  std::string changed;
+  {
+    QuietUserInterface quiet;  // the tools' own message boxes say what the line says
+    changed = change(design);
+  }
   std::cout << input << ": " << changed << "\n";
   return SaveAs(std::move(design), output, settings);
 }

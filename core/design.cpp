@@ -285,15 +285,18 @@ void Design::RotateQuarter(int32_t direction) {
   std::swap(minX, minY);
 }
 
+bool Design::BoundsTurnExactly() const {
+  constexpr int32_t kFar = 1 << 30;
+  const auto within = [](int32_t value) { return value >= -kFar && value <= kFar; };
+  return within(minX) && within(maxX) && within(minY) && within(maxY);
+}
+
 void Design::RotateQuarterMeasured(int32_t direction, bool boundsCurrent) {
   if (direction == 0 && boundsCurrent) return;
   const int32_t oldMaxX = maxX, oldMinX = minX, oldMaxY = maxY, oldMinY = minY;
+  const bool exact = boundsCurrent && BoundsTurnExactly();
   if (direction != 0) RotateQuarter(direction);
-  // Bounds holding the origin hold no starting value of the measure; within
-  // these limits negating stays within 32 bits.
-  constexpr int32_t kFar = 1 << 30;
-  if (!boundsCurrent || oldMinX > 0 || oldMaxX < 0 || oldMinY > 0 || oldMaxY < 0 || oldMinX < -kFar ||
-      oldMaxX > kFar || oldMinY < -kFar || oldMaxY > kFar) {
+  if (!exact) {
     ComputeBounds();
   } else if (direction >= 1) {
     maxX = oldMaxY;

@@ -145,9 +145,13 @@ class Design {
   // not recomputed.
   void RotateQuarter(int32_t direction);
   // A quarter turn (none for 0) that leaves the bounds current. A turn maps
-  // every point exactly, so bounds that are current and hold the origin turn
-  // with the design instead of being measured again.
+  // every point exactly, so current bounds that turn exactly turn with the
+  // design instead of being measured again.
   void RotateQuarterMeasured(int32_t direction, bool boundsCurrent);
+  // Whether a quarter turn carries the bounds exactly: the measure's starting
+  // values are symmetric about 0, so it does whenever negating them stays
+  // within 32 bits.
+  bool BoundsTurnExactly() const;
   // Drops leading jumps and empty moves without passing their moves on, then centres.
   void StripLeadingMoves();
   // Makes every stop pure and the thread count match the stops. Returns 0, or 1

@@ -30,6 +30,20 @@ UserInterface& CurrentUserInterface();
 // Injects `ui` (not owned; it must outlive its use); nullptr restores the default.
 void SetUserInterface(UserInterface* ui);
 
+// While it lives, message boxes show nothing and answer with their safe
+// button: for callers that tell what happened in their own words.
+class QuietUserInterface : public UserInterface {
+ public:
+  QuietUserInterface() { SetUserInterface(this); }
+  ~QuietUserInterface() override { SetUserInterface(nullptr); }
+  QuietUserInterface(const QuietUserInterface&) = delete;
+  QuietUserInterface& operator=(const QuietUserInterface&) = delete;
+  MessageAnswer ShowMessage(const std::string&, const std::string&, MessageButtons buttons) override {
+    return SafeAnswer(buttons);
+  }
+  void SetWaitCursor(bool) override {}
+};
+
 // The user-visible error channel of readers and writers: a message box with
 // no caption and only an OK button.
 void ReportToUser(const std::string& text);

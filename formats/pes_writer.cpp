@@ -360,13 +360,13 @@ std::vector<uint8_t> PaletteIndices(const Design& design, bool allowExtended) {
 
 // Turns the design from the fit's turn back upright, picks the hoop by the
 // upright size and turns the design as that hoop asks; leaves the bounds
-// current. The bounds a design arrives with are measured anew. Where they hold
-// the origin, quarter turns carry them exactly, so the two turns are made as
-// one, and none at all when the hoop asks for the fit's own turn.
+// current. The bounds a design arrives with are measured anew. Where quarter
+// turns carry them exactly, the two turns are made as one, and none at all
+// when the hoop asks for the fit's own turn.
 template <typename PickHoop>
 Hoop TurnToHoop(Design& design, PickHoop pickHoop) {
   design.ComputeBounds();
-  if (design.minX > 0 || design.maxX < 0 || design.minY > 0 || design.maxY < 0) {
+  if (!design.BoundsTurnExactly()) {
     design.RotateQuarterMeasured(-design.fitRotation, false);
     const Hoop hoop = pickHoop(Width(design), Height(design));
     design.RotateQuarterMeasured(hoop.turn, true);

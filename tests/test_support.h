@@ -143,18 +143,13 @@ size_t CountMissing(const Points& points, const std::set<Point>& within) {
 
 // Stands in for the user while it lives: every message box answers OK, and
 // its text is kept in `lines`, its caption in `captions`.
-class Messages : public UserInterface {
+class Messages : public QuietUserInterface {
  public:
-  Messages() { SetUserInterface(this); }
-  ~Messages() override { SetUserInterface(nullptr); }
-  Messages(const Messages&) = delete;
-  Messages& operator=(const Messages&) = delete;
   MessageAnswer ShowMessage(const std::string& text, const std::string& caption, MessageButtons) override {
     lines.push_back(text);
     captions.push_back(caption);
     return MessageAnswer::kOk;
   }
-  void SetWaitCursor(bool) override {}
   std::vector<std::string> lines, captions;
 };
 

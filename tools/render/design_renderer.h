@@ -35,9 +35,9 @@ struct DesignRenderer {
 // a canvas each, all in one walk: `canvases` holds sets of `colors` canvases,
 // one set per picture size, and canvas i of a set ends up as
 // `Render(firstColor + i)` with thin flat lines, no jumps and no markers would
-// leave it, each keeping its own pen. The canvases must
-// be created, those of a set at one size and margin; they are cleared to their
-// backgrounds and fitted here. Every node loses STITCH_DRAWN and takes
+// leave it, each keeping its own pen. The canvases must be created, those of a
+// set at one size and margin; they are cleared to their backgrounds and fitted
+// here. Every node loses STITCH_DRAWN and takes
 // `drawnMark` (STITCH_DRAWN, or 0 for no marks) when its own colour's canvas
 // of the last set drew it.
 void RenderBlocksApart(Design& design, std::span<StitchBitmap> canvases, size_t colors, bool flipY,
