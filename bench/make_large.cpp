@@ -1,8 +1,10 @@
 // Writes the large sample design (satin columns and fill rows) as a file, so
 // that whole commands can be timed:
 //   fennick_make_large FILE [STITCHES] [--fit WIDTHxHEIGHT]
+//   fennick_make_large FILE --piece column|fill WIDTHxHEIGHT
 // --fit lays the tiles over each other within WIDTH by HEIGHT stitch units, so
 // that the design passes the hoop fit and the whole save pipeline runs.
+// --piece writes one of the resize engine's test pieces instead, of that size.
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -17,13 +19,16 @@ int main(int argc, char** argv) {
   const char* file = nullptr;
   size_t stitches = 1'000'000;
   long fitWidth = 0, fitHeight = 0;
+  const char* piece = nullptr;
   for (int i = 1; i < argc; ++i) {
-    if (std::strcmp(argv[i], "--fit") == 0 && i + 1 < argc) {
+    const bool isPiece = std::strcmp(argv[i], "--piece") == 0 && i + 2 < argc;
+    if (isPiece) piece = argv[++i];
+    if ((std::strcmp(argv[i], "--fit") == 0 || isPiece) && i + 1 < argc) {
       char* cross = nullptr;
       fitWidth = std::strtol(argv[++i], &cross, 10);
       fitHeight = (*cross == 'x' || *cross == 'X') ? std::strtol(cross + 1, nullptr, 10) : 0;
       if (fitWidth <= 0 || fitHeight <= 0) {
-        std::fprintf(stderr, "fennick_make_large: --fit takes WIDTHxHEIGHT in stitch units\n");
+        std::fprintf(stderr, "fennick_make_large: %s takes WIDTHxHEIGHT in stitch units\n", isPiece ? "--piece" : "--fit");
         return 2;
       }
     } else if (file == nullptr) {
@@ -33,11 +38,23 @@ int main(int argc, char** argv) {
     }
   }
   if (file == nullptr) {
-    std::fprintf(stderr, "usage: fennick_make_large FILE [STITCHES] [--fit WIDTHxHEIGHT]\n");
+    std::fprintf(stderr,
+                 "usage: fennick_make_large FILE [STITCHES] [--fit WIDTHxHEIGHT]\n"
+                 "       fennick_make_large FILE --piece column|fill WIDTHxHEIGHT\n");
     return 2;
   }
-  fennick::Design design =
-      fennick::LargeSampleDesign(stitches, static_cast<int32_t>(fitWidth), static_cast<int32_t>(fitHeight));
+  const auto width = static_cast<int32_t>(fitWidth), height = static_cast<int32_t>(fitHeight);
+  fennick::Design design;
+  if (piece == nullptr) {
+    design = fennick::LargeSampleDesign(stitches, width, height);
+  } else if (std::strcmp(piece, "column") == 0) {
+    design = fennick::SatinColumnSample(height, width);
+  } else if (std::strcmp(piece, "fill") == 0) {
+    design = fennick::FillSample(width, height);
+  } else {
+    std::fprintf(stderr, "fennick_make_large: --piece is column or fill\n");
+    return 2;
+  }
   design.name = file;
   const std::string extension = fennick::DesignPath(file).GetExtension();
   std::vector<uint8_t> bytes;

@@ -1,12 +1,15 @@
 // The commands of the fennick program and what they share.
 #pragma once
 
+#include <iostream>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "core/design.h"
 #include "core/format_table.h"
 #include "core/preferences.h"
+#include "core/user_interface.h"
 #include "tools/bitmap_file.h"
 
 namespace fennick::cli {
@@ -34,6 +37,8 @@ int RunColorSort(const Arguments& arguments);
 int RunBaste(const Arguments& arguments);
 int RunReduce(const Arguments& arguments);
 int RunHueSort(const Arguments& arguments);
+int RunResize(const Arguments& arguments);
+int RunFit(const Arguments& arguments);
 
 // What the command line changes in the stored conversion settings; -1 keeps them.
 struct ConvertOverrides {
@@ -75,6 +80,15 @@ bool SaveFile(const std::string& path, const std::vector<uint8_t>& bytes);
 bool SavePicture(Design& design, BitmapOptions options, const std::string& path);
 // One line on standard error: "fennick: <subject>: <cause>".
 void ReportError(const std::string& subject, const std::string& cause);
+// Takes a flag out of `arguments`; true when it was there.
+bool TakeFlag(Arguments& arguments, const std::string& flag);
+// Takes `option` and its number out of `arguments`. Returns 0 when it is
+// absent or read (`value` then holds it), else 2 after one line.
+int TakeNumber(const std::string& command, Arguments& arguments, const std::string& option, int32_t low,
+               int32_t high, int32_t& value);
+// The same for a decimal number, such as a percentage or an angle.
+int TakeDecimal(const std::string& command, Arguments& arguments, const std::string& option, double& value);
+
 // A whole number of 0 or more, the whole text.
 bool ParseCount(const std::string& text, int32_t& value);
 // The lower-case extension of a path.
@@ -83,5 +97,24 @@ std::string LowerExtension(const std::string& path);
 std::string JsonString(const std::string& text);
 // "#rrggbb" of a 0x00BBGGRR colour.
 std::string HexColor(uint32_t rgb);
+
+// Reads IN, lets `change` work on the design and say what it did, and saves
+// OUT. A change that gives no text has said why it failed; nothing is saved.
+template <typename Change>
+int RunTool(const std::string& command, const Arguments& arguments, Change change) {
+  std::string input, output;
+  ConversionSettings settings;
+  if (const int status = ParseSingleSave(command, arguments, input, output, settings); status != 0) return status;
+  Design design;
+  if (!LoadDesign(input, design)) return 1;
+  std::optional<std::string> changed;
+  {
+    QuietUserInterface quiet;  // the tools' own message boxes say what the line says
+    changed = change(design);
+  }
+  if (!changed) return 1;
+  std::cout << input << ": " << *changed << "\n";
+  return SaveAs(std::move(design), output, settings);
+}
 
 }  // namespace fennick::cli

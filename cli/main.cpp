@@ -102,6 +102,24 @@ constexpr Command kCommands[] = {
      "them; the stitches keep their order, so each colour block takes the thread of its new place.\n"
      "A design of fewer than 3 colours keeps its order. Saves OUT as 'fennick convert IN OUT' does.",
      fennick::cli::RunHueSort},
+    {"resize",
+     "fennick resize IN OUT (--scale PCT | --scale-x PCT --scale-y PCT) [--rotate DEG] [--plain] [ENGINE OPTIONS]\n"
+     "       [CONVERT OPTIONS]",
+     "Resizes a design and keeps its density: satin columns and fills are found from the stitches\n"
+     "alone and sewn anew, so that an enlarged column is as dense as before and a reduced fill no\n"
+     "thicker; then stitches that came out shorter or longer than the limits are merged or split.\n"
+     "PCT is a percentage (a negative one mirrors; an axis left out keeps its size), DEG turns the\n"
+     "design counter-clockwise, and --plain only scales the stitches, to compare. ENGINE OPTIONS,\n"
+     "each defaulting to its resize preference: --sensitivity 6..16 (how far apart fill rows may\n"
+     "lie, in 0.1 mm), --min-fill 0..30, --min-satin 0..10, --max-fill 25..250, --max-satin 25..250\n"
+     "(stitch lengths in 0.1 mm, each put in force), and --no-min-fill, --no-min-satin,\n"
+     "--no-max-fill, --no-max-satin to lift one. Prints the new size and stitch count and saves OUT\n"
+     "as 'fennick convert IN OUT' does.",
+     fennick::cli::RunResize},
+    {"fit", "fennick fit IN OUT --hoop WxH [--stretch] [--plain] [ENGINE OPTIONS] [CONVERT OPTIONS]",
+     "Resizes a design, as 'fennick resize' does, to fill a hoop of W by H millimetres less 1 mm on\n"
+     "each side, its aspect kept; --stretch fills both sides. Saves OUT as 'fennick convert' does.",
+     fennick::cli::RunFit},
     {"zip", "fennick zip list ZIP | zip add ZIP FILE [NAME] | zip delete ZIP NAME",
      "Lists the members of a ZIP file, adds FILE as member NAME (default: FILE's name; a member of\n"
      "that name, in any case, is replaced), or deletes member NAME. The ZIP file is rewritten as a\n"

@@ -1,4 +1,6 @@
+#include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <cstdio>
 #include <iostream>
 #include <sys/stat.h>
@@ -115,6 +117,43 @@ bool SaveFile(const std::string& path, const std::vector<uint8_t>& bytes) {
   if (WriteFileAtomic(path, bytes, &error)) return true;
   ReportError(path, "cannot be written: " + error);
   return false;
+}
+
+bool TakeFlag(Arguments& arguments, const std::string& flag) {
+  const auto found = std::find(arguments.begin(), arguments.end(), flag);
+  if (found == arguments.end()) return false;
+  arguments.erase(found);
+  return true;
+}
+
+int TakeNumber(const std::string& command, Arguments& arguments, const std::string& option, int32_t low,
+               int32_t high, int32_t& value) {
+  const auto found = std::find(arguments.begin(), arguments.end(), option);
+  if (found == arguments.end()) return 0;
+  const bool read = found + 1 != arguments.end() && ParseCount(*(found + 1), value) && value >= low && value <= high;
+  if (!read) {
+    ReportError(command, option + " takes a whole number from " + std::to_string(low) + " to " + std::to_string(high));
+    return 2;
+  }
+  arguments.erase(found, found + 2);
+  return 0;
+}
+
+int TakeDecimal(const std::string& command, Arguments& arguments, const std::string& option, double& value) {
+  const auto found = std::find(arguments.begin(), arguments.end(), option);
+  if (found == arguments.end()) return 0;
+  bool read = found + 1 != arguments.end();
+  if (read) {
+    const std::string& text = *(found + 1);
+    const auto [stop, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    read = error == std::errc() && stop == text.data() + text.size() && std::isfinite(value);
+  }
+  if (!read) {
+    ReportError(command, option + " takes a number");
+    return 2;
+  }
+  arguments.erase(found, found + 2);
+  return 0;
 }
 
 }  // namespace fennick::cli

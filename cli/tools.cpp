@@ -1,11 +1,8 @@
 // The design tools from the command line: each reads IN, changes the design,
 // prints one line of what changed and saves OUT as convert does.
-#include <algorithm>
-#include <iostream>
 #include <string>
 
 #include "cli/commands.h"
-#include "core/user_interface.h"
 #include "tools/auto_baste.h"
 #include "tools/color_sort.h"
 #include "tools/hue_sort.h"
@@ -13,46 +10,6 @@
 
 namespace fennick::cli {
 namespace {
-
-// Takes a flag out of `arguments`; true when it was there.
-bool TakeFlag(Arguments& arguments, const std::string& flag) {
-  const auto found = std::find(arguments.begin(), arguments.end(), flag);
-  if (found == arguments.end()) return false;
-  arguments.erase(found);
-  return true;
-}
-
-// Takes `option` and its number out of `arguments`. Returns 0 when it is
-// absent or read (`value` then holds it), else 2 after one line.
-int TakeNumber(const std::string& command, Arguments& arguments, const std::string& option, int32_t low,
-               int32_t high, int32_t& value) {
-  const auto found = std::find(arguments.begin(), arguments.end(), option);
-  if (found == arguments.end()) return 0;
-  const bool read = found + 1 != arguments.end() && ParseCount(*(found + 1), value) && value >= low && value <= high;
-  if (!read) {
-    ReportError(command, option + " takes a whole number from " + std::to_string(low) + " to " + std::to_string(high));
-    return 2;
-  }
-  arguments.erase(found, found + 2);
-  return 0;
-}
-
-// Reads IN, lets `change` work on the design and say what it did, and saves OUT.
-template <typename Change>
-int RunTool(const std::string& command, const Arguments& arguments, Change change) {
-  std::string input, output;
-  ConversionSettings settings;
-  if (const int status = ParseSingleSave(command, arguments, input, output, settings); status != 0) return status;
-  Design design;
-  if (!LoadDesign(input, design)) return 1;
-  std::string changed;
-  {
-    QuietUserInterface quiet;  // the tools' own message boxes say what the line says
-    changed = change(design);
-  }
-  std::cout << input << ": " << changed << "\n";
-  return SaveAs(std::move(design), output, settings);
-}
 
 std::string Colours(size_t count) { return std::to_string(count) + (count == 1 ? " colour" : " colours"); }
 

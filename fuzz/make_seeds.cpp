@@ -13,6 +13,7 @@
 #include "core/format_table.h"
 #include "core/text.h"
 #include "fuzz/fuzz_support.h"
+#include "tools/sample_design.h"
 
 namespace fs = std::filesystem;
 using namespace fennick;
@@ -87,6 +88,10 @@ int main(int argc, char** argv) {
     WriteZipMember(DesignPath("Zip:" + zipFile + ":folder/second.txt"), std::span(raw).first(raw.size() / 3));
 
     Put(out, "write_roundtrip", stem + ".moves", RoundTripInput(design, static_cast<uint8_t>(i)));
+    Put(out, "resize", stem + ".moves", RoundTripInput(design, static_cast<uint8_t>(i)));
   }
+  // Pieces the resize engine re-stitches for certain.
+  Put(out, "resize", "column.moves", RoundTripInput(SatinColumnSample(60, 200), 0));
+  Put(out, "resize", "fill.moves", RoundTripInput(FillSample(200, 120), 1));
   return 0;
 }

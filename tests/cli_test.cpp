@@ -157,6 +157,45 @@ TEST_F(CliTest, ToolsSayWhatTheyChangedAndSaveAsConvertDoes) {
   }
 }
 
+Design ReadOrFail(const std::string& path) {
+  Design design;
+  EXPECT_EQ(ReadDesignFile(design, path, LastFile::kLeave), 0) << path;
+  design.ComputeBounds();
+  return design;
+}
+
+TEST_F(CliTest, ResizeAndFitReachTheSizeAskedFor) {
+  const Design before = ReadOrFail(sample);
+  const double width = before.maxX - before.minX, height = before.maxY - before.minY;
+  const struct {
+    std::string arguments;
+    std::string line;  // how the line of what changed begins
+    double xFactor, yFactor;
+  } cases[] = {
+      {"resize '" + sample + "' out.dst --scale 150", "resized to 150 %, ", 1.5, 1.5},
+      {"resize '" + sample + "' out.dst --scale 150 --plain", "scaled to 150 %, ", 1.5, 1.5},
+      {"resize '" + sample + "' out.dst --scale-x 70 --scale-y 120", "resized to 70 % x 120 %, ", 0.7, 1.2},
+      {"resize '" + sample + "' out.dst --scale 80 --rotate 90", "resized to 80 %, turned 90 degrees, ", 0.8, 0.8},
+      {"fit '" + sample + "' out.dst --hoop 50x40", "resized to ", 390 / height, 390 / height},
+      {"fit '" + sample + "' out.dst --hoop 50x40 --stretch", "resized to ", 490 / width, 390 / height},
+  };
+  for (const auto& c : cases) {
+    const Outcome outcome = Run(c.arguments);
+    ASSERT_EQ(outcome.status, 0) << c.arguments << outcome.err;
+    const std::string expected = sample + ": " + c.line;
+    EXPECT_EQ(outcome.out.substr(0, expected.size()), expected) << outcome.out;
+    const Design after = ReadOrFail(folder.File("out.dst"));
+    const bool turned = c.arguments.find("--rotate") != std::string::npos;
+    // Re-stitching may move the outline by up to 1 mm; a quarter turn swaps the sides.
+    EXPECT_NEAR(after.maxX - after.minX, (turned ? height * c.yFactor : width * c.xFactor), 10) << c.arguments;
+    EXPECT_NEAR(after.maxY - after.minY, (turned ? width * c.xFactor : height * c.yFactor), 10) << c.arguments;
+    EXPECT_EQ(after.threads.size(), before.threads.size()) << c.arguments;
+    if (c.arguments.find("--plain") != std::string::npos) {
+      EXPECT_EQ(after.stitches.Size(), before.stitches.Size());
+    }
+  }
+}
+
 TEST_F(CliTest, SettingsAreSetReadAndListed) {
   EXPECT_EQ(Run("settings get Conversion/pesw").status, 1);
   EXPECT_EQ(Run("settings set Conversion/pesw 120").status, 0);
@@ -225,6 +264,11 @@ TEST_F(CliTest, BadInputGivesOneLineAndAnExitCode) {
       {"colorsort a.dst b.dst --threshold 101", 2, "fennick: colorsort: --threshold takes a whole number from 0 to 100\n"},
       {"reduce a.dst b.dst", 2, "fennick: reduce: --needles N names the most colours the design may keep\n"},
       {"baste a.dst --to pes --out x", 2, "fennick: baste: --to and --out belong to convert; baste writes one file\n"},
+      {"resize a.dst b.dst", 2, "fennick: resize: give the new size as --scale PCT, or --scale-x PCT"},
+      {"resize a.dst b.dst --scale-y 0", 2, "fennick: resize: a size of 0 % leaves nothing to sew\n"},
+      {"resize a.dst b.dst --scale big", 2, "fennick: resize: --scale takes a number\n"},
+      {"resize a.dst b.dst --scale 90 --max-fill 10", 2, "fennick: resize: --max-fill takes a whole number from 25"},
+      {"fit a.dst b.dst --hoop 100x", 2, "fennick: fit: --hoop WxH names the hoop in whole millimetres"},
   };
   for (const auto& c : cases) {
     const Outcome outcome = Run(c.arguments);
@@ -236,7 +280,7 @@ TEST_F(CliTest, BadInputGivesOneLineAndAnExitCode) {
 
 TEST_F(CliTest, EveryCommandHasHelp) {
   for (const char* command : {"info", "dump", "convert", "formats", "settings", "render", "notes", "demo", "zip", "colors",
-                              "colorsort", "baste", "reduce", "huesort"}) {
+                              "colorsort", "baste", "reduce", "huesort", "resize", "fit"}) {
     const Outcome outcome = Run(std::string(command) + " --help");
     EXPECT_EQ(outcome.status, 0) << command;
     EXPECT_EQ(outcome.out.rfind(std::string("usage: fennick ") + command, 0), 0u) << outcome.out;

@@ -65,14 +65,14 @@ class Sewer {
   }
 
   // Back-and-forth rows over a rectangle, stitches no longer than kFillStitch,
-  // staggered from row to row so that the needle holes don't line up.
+  // staggered from row to row so that the needle holes don't line up. Each
+  // row's first stitch climbs from the end of the row before.
   void Fill(double x0, double y0, double width, double height) {
     JumpTo(x0, y0);
     const int rows = static_cast<int>(height / kFillSpacing);
     for (int row = 0; row <= rows; ++row) {
       const double y = y0 + row * kFillSpacing;
       auto across = [&](double x) { return row % 2 == 0 ? x0 + x : x0 + width - x; };
-      if (row > 0) StitchTo(across(0), y);
       const double shift = (row % 3) * kFillStitch / 3.0;
       for (double x = shift > 0 ? shift : kFillStitch; x < width; x += kFillStitch) StitchTo(across(x), y);
       StitchTo(across(width), y);
@@ -101,6 +101,18 @@ class Sewer {
   int32_t y_ = 0;
 };
 
+// A design of one colour that `sew` makes, centred.
+template <typename Sew>
+Design Piece(const char* name, const ThreadColor& thread, Sew sew) {
+  Design design;
+  design.name = name;
+  Sewer sewer(design);
+  sewer.NewColor(thread);
+  sew(sewer);
+  design.Centre();
+  return design;
+}
+
 }  // namespace
 
 Design SampleDesign() {
@@ -117,6 +129,15 @@ Design SampleDesign() {
   sewer.SatinArc(-50, 0, 300, 36, 0.25 * std::numbers::pi, 0.75 * std::numbers::pi);
   design.Centre();
   return design;
+}
+
+Design SatinColumnSample(int32_t length, int32_t width) {
+  return Piece("satin-column.dst", Thread("Navy", 20, 40, 120),
+               [&](Sewer& sewer) { sewer.SatinColumn(0, 0, 0, length, width); });
+}
+
+Design FillSample(int32_t width, int32_t height) {
+  return Piece("fill.dst", Thread("Leaf Green", 60, 160, 60), [&](Sewer& sewer) { sewer.Fill(0, 0, width, height); });
 }
 
 Design LargeSampleDesign(size_t stitchCount, int32_t fitWidth, int32_t fitHeight) {

@@ -13,6 +13,11 @@ namespace fennick {
 // Four colours: a satin column, a fill, a running outline and a satin arc,
 // with jumps between the objects. About 1,000 stitches.
 Design SampleDesign();
+// The resize engine's test pieces, in one colour each: a straight satin
+// column `length` long and `width` wide, passes 0.4 mm apart; and a
+// rectangle of fill rows 0.4 mm apart. Sizes in stitch units of 0.1 mm.
+Design SatinColumnSample(int32_t length, int32_t width);
+Design FillSample(int32_t width, int32_t height);
 // Tiles of satin columns and fill rows until the design holds at least
 // `stitchCount` nodes, in rows of 40 tiles, so that it grows without bound.
 // With a fit of `fitWidth` by `fitHeight` stitch units (both above 0) the tiles
