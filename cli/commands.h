@@ -39,6 +39,7 @@ int RunReduce(const Arguments& arguments);
 int RunHueSort(const Arguments& arguments);
 int RunResize(const Arguments& arguments);
 int RunFit(const Arguments& arguments);
+int RunHostCall(const Arguments& arguments);
 
 // What the command line changes in the stored conversion settings; -1 keeps them.
 struct ConvertOverrides {
@@ -50,6 +51,11 @@ struct ConvertOverrides {
   int32_t pes5 = -1;
 };
 
+// OUT's conversion settings: the stored ones of the format its extension
+// names, with `overrides`; also made the settings of the last Save As.
+// Returns 0, or 2 after one line naming `subject` when no writer takes it.
+int SaveAsSettings(const std::string& subject, std::string extension, const ConvertOverrides& overrides,
+                   ConversionSettings& settings);
 // The single form of convert for `command`: IN, OUT and convert's options in
 // `arguments`, turned into OUT's conversion settings. Returns 0, or the exit
 // status after one line naming the fault.

@@ -101,6 +101,8 @@ FormatCode WrittenFormat(FormatCode target) {
   return format != nullptr && format->write != nullptr ? saved : kFormatUnknown;
 }
 
+}  // namespace
+
 // The settings of a save as `extension`: the stored row with the overrides.
 // This is the Save As: its settings are the ones the PES writer follows, set
 // once, before any design of a batch is read.
@@ -117,8 +119,6 @@ int SaveAsSettings(const std::string& subject, std::string extension, const Conv
   SetSaveAsConversion(settings);
   return 0;
 }
-
-}  // namespace
 
 int ParseSingleSave(const std::string& command, const Arguments& arguments, std::string& input, std::string& output,
                     ConversionSettings& settings) {

@@ -120,6 +120,19 @@ constexpr Command kCommands[] = {
      "Resizes a design, as 'fennick resize' does, to fill a hoop of W by H millimetres less 1 mm on\n"
      "each side, its aspect kept; --stretch fills both sides. Saves OUT as 'fennick convert' does.",
      fennick::cli::RunFit},
+    {"host-call",
+     "fennick host-call METHOD [ARGS] [--out FILE] [--pick FILE]... [--save-name FILE] [--yes|--no] [--page FILE]\n"
+     "       [--hoop WxH] [--no-host]",
+     "Calls a property or method of the control by name or dispatch id (Width, Height, Name, DockingPos,\n"
+     "FileImport, FileImportTyped EXT, FitHoop CX CY PROPORTIONAL DESIGN, GetFormatColors EXT,\n"
+     "GetWriteFormats, Save DESIGN, SaveAs DESIGN, SortColorListByHue DESIGN, TEWillRun, TESetRun,\n"
+     "TEReSize DESIGN ROT HZ VT, ShowFennickPreferences, ColorSort DESIGN) against a host with one design\n"
+     "page and no window. DESIGN is a design file, passed as a block; CX and CY are tenths of a\n"
+     "millimetre. The design browser picks the --pick files, the save dialog chooses --save-name, Yes\n"
+     "or No questions get --yes or --no (else No), the page holds --page and its hoop is --hoop (mm,\n"
+     "default 100x100); --no-host calls without a host. Prints what came back; a design that came\n"
+     "back is saved as --out as 'fennick convert' saves. Exit status 1 when the result is 0.",
+     fennick::cli::RunHostCall},
     {"zip", "fennick zip list ZIP | zip add ZIP FILE [NAME] | zip delete ZIP NAME",
      "Lists the members of a ZIP file, adds FILE as member NAME (default: FILE's name; a member of\n"
      "that name, in any case, is replaced), or deletes member NAME. The ZIP file is rewritten as a\n"

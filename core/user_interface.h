@@ -4,12 +4,29 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
+#include <optional>
 #include <string>
+#include <vector>
 
 namespace fennick {
 
 enum class MessageButtons { kOk, kOkCancel, kYesNo, kYesNoCancel };
 enum class MessageAnswer { kOk, kCancel, kYes, kNo };
+
+// What a save dialog opens with.
+struct SaveDialogRequest {
+  std::string filter;      // pairs of "text|pattern|", e.g. "DST files (*.dst)|*.dst|"
+  int filterIndex = 1;     // the pair shown first, counted from 1
+  std::string fileTitle;   // the name offered, without folder or extension
+  std::string folder;      // where the dialog opens; empty for the desktop's choice
+};
+
+// Text heights in pixels of the stock variable-pitch and system fonts.
+struct FontHeights {
+  int32_t ansi = 13;
+  int32_t system = 16;
+};
 
 class UserInterface {
  public:
@@ -20,6 +37,16 @@ class UserInterface {
                                     MessageButtons buttons) = 0;
   // The wait cursor, on while a long command runs.
   virtual void SetWaitCursor(bool on) = 0;
+
+  // The dialogs the control opens. Without windows each is closed at once:
+  // no design picked, no name chosen, nothing shown.
+  // The design browser: the designs picked, in the text form of DesignPath.
+  virtual std::vector<std::string> ChooseDesigns() { return {}; }
+  // A save dialog: the path chosen, or nothing when it was cancelled.
+  virtual std::optional<std::string> ChooseSaveName(const SaveDialogRequest&) { return std::nullopt; }
+  // The preference sheet, modal, under `title`.
+  virtual void ShowPreferences(const std::string& /*title*/) {}
+  virtual FontHeights StockFontHeights() { return {}; }
 };
 
 // The answer a message box gives when nobody can click: OK, Cancel or No.
@@ -29,6 +56,15 @@ MessageAnswer SafeAnswer(MessageButtons buttons);
 UserInterface& CurrentUserInterface();
 // Injects `ui` (not owned; it must outlive its use); nullptr restores the default.
 void SetUserInterface(UserInterface* ui);
+
+// Holds the wait cursor on for its lifetime.
+class WaitCursor {
+ public:
+  WaitCursor() { CurrentUserInterface().SetWaitCursor(true); }
+  ~WaitCursor() { CurrentUserInterface().SetWaitCursor(false); }
+  WaitCursor(const WaitCursor&) = delete;
+  WaitCursor& operator=(const WaitCursor&) = delete;
+};
 
 // While it lives, message boxes show nothing and answer with their safe
 // button: for callers that tell what happened in their own words.

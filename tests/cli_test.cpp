@@ -196,6 +196,37 @@ TEST_F(CliTest, ResizeAndFitReachTheSizeAskedFor) {
   }
 }
 
+TEST_F(CliTest, HostCallRunsAMethodAgainstAOneDesignHost) {
+  const std::string pes = std::string(FENNICK_TEST_DATA) + "/geometric_objects.pes";
+  const struct {
+    std::string arguments;
+    int status;
+    std::string out;  // how the output begins
+  } cases[] = {
+      {"host-call Name", 0, "Name: FennickAddin\n"},
+      {"host-call 4", 0, "DockingPos: 59419\n"},
+      {"host-call GetWriteFormats", 0, "GetWriteFormats: \ndst\r\nexp\r\nhus\r\n"},
+      {"host-call FitHoop 500 400 1 '" + pes + "' --out fitted.pes", 0, "FitHoop: a design of "},
+      {"host-call SaveAs '" + sample + "' --save-name saved.jef", 0, "SaveAs: a design of 8269 stitches and 4 threads"},
+      {"host-call SaveAs '" + sample + "' --save-name big.jef --hoop 50x50 --no", 1, "SaveAs: 0\n"},
+      {"host-call TEReSize '" + pes + "' 0 1.5 1.5 --no-host", 1, "TEReSize: 0\n"},
+      {"host-call FileImport --pick '" + pes + "' --pick '" + sample + "'", 0, "FileImport: 2 designs\n"},
+  };
+  for (const auto& c : cases) {
+    const Outcome outcome = Run(c.arguments);
+    EXPECT_EQ(outcome.status, c.status) << c.arguments << outcome.err;
+    EXPECT_EQ(outcome.out.substr(0, c.out.size()), c.out) << c.arguments;
+  }
+  // The fitted design fills the 50 by 40 mm less 1 mm; the save went where the dialog chose.
+  const Design fitted = ReadOrFail(folder.File("fitted.pes"));
+  EXPECT_NEAR(fitted.maxY - fitted.minY, 390, 10);
+  EXPECT_TRUE(std::filesystem::exists(folder.File("saved.jef")));
+  EXPECT_FALSE(std::filesystem::exists(folder.File("big.jef")));
+  EXPECT_NE(Run("host-call SaveAs '" + sample + "' --save-name big.jef --hoop 50x50 --no").err.find(
+                "Save Error: This design is too large for the current hoop"),
+            std::string::npos);
+}
+
 TEST_F(CliTest, SettingsAreSetReadAndListed) {
   EXPECT_EQ(Run("settings get Conversion/pesw").status, 1);
   EXPECT_EQ(Run("settings set Conversion/pesw 120").status, 0);
@@ -280,7 +311,7 @@ TEST_F(CliTest, BadInputGivesOneLineAndAnExitCode) {
 
 TEST_F(CliTest, EveryCommandHasHelp) {
   for (const char* command : {"info", "dump", "convert", "formats", "settings", "render", "notes", "demo", "zip", "colors",
-                              "colorsort", "baste", "reduce", "huesort", "resize", "fit"}) {
+                              "colorsort", "baste", "reduce", "huesort", "resize", "fit", "host-call"}) {
     const Outcome outcome = Run(std::string(command) + " --help");
     EXPECT_EQ(outcome.status, 0) << command;
     EXPECT_EQ(outcome.out.rfind(std::string("usage: fennick ") + command, 0), 0u) << outcome.out;
