@@ -13,6 +13,9 @@ bool CFennickAddinApp::InitInstance() {
   systemFontHeight = heights.system;
   protocolNumber = 10;
   busy = 0;
+  for (size_t i = 0; i < filteredMessages.size(); ++i) {
+    filteredMessages[i] = RegisterWindowMessage(kProtocolMessages[i].name);
+  }
   return true;
 }
 

@@ -6,23 +6,17 @@
 #include <string>
 #include <vector>
 
+#include "control/protocol.h"
 #include "core/design_path.h"
 #include "core/preferences.h"
 
 namespace fennick {
 
-// Where the tool protocol's broadcasts go. The protocol's transport fills it
-// in; until one is set, broadcasts go nowhere.
-class ProtocolTransport {
- public:
-  virtual ~ProtocolTransport() = default;
-  virtual void Broadcast(const std::string& message, int32_t wParam, int64_t lParam) = 0;
-};
-
 class CFennickAddinApp {
  public:
   // Module start, in order: the profile root (Software\Selvane\FennickAddin),
-  // the stock fonts' text heights, protocolNumber 10 and busy 0. Returns true.
+  // the stock fonts' text heights, protocolNumber 10 and busy 0, the
+  // protocol's messages registered. Returns true.
   bool InitInstance();
   // Module end, in order: deletes every file of keptDesigns, then of
   // selectedFiles; broadcasts "QXPlugInStop" with both parameters 0.
@@ -32,7 +26,8 @@ class CFennickAddinApp {
   // The settings of the last Save As, which the PES writers read.
   ConversionSettings lastConversion() const { return SaveAsConversion(); }
   void SetLastConversion(const ConversionSettings& record) { SetSaveAsConversion(record); }
-  // Not owned; nullptr sends broadcasts nowhere.
+  // The protocol's transport; not owned. Without one, broadcasts go nowhere
+  // and no message is looked at.
   void SetTransport(ProtocolTransport* transport) { transport_ = transport; }
   ProtocolTransport* Transport() const { return transport_; }
 
@@ -40,9 +35,9 @@ class CFennickAddinApp {
   std::vector<DesignPath> keptDesigns;    // temporary designs, deleted at the end
   int32_t ansiFontHeight = 0;
   int32_t systemFontHeight = 0;
-  int32_t busy = 0;  // the protocol's state
-  int32_t filteredMessages = 0;
-  int32_t protocolNumber = 0;
+  int32_t busy = 0;  // the conversation's one flag: a tool is being served
+  std::array<uint32_t, 21> filteredMessages{};  // the registered numbers, in the table's order
+  int32_t protocolNumber = 0;  // given to tools on their command line; every request carries it
 
  private:
   ProtocolTransport* transport_ = nullptr;

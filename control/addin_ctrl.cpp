@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "control/addin_app.h"
+#include "control/hoop_check.h"
 #include "control/host_automation.h"
 #include "core/design_path.h"
 #include "core/embroidery_file.h"
@@ -65,14 +66,6 @@ int32_t ImportBlocks(const std::vector<std::string>& picked, const std::string& 
   return HandleList(handles);
 }
 
-// The host's eleven conversion values over the record's fields.
-void AskConversion(HostAutomation& host, const std::string& extension, ConversionSettings& record) {
-  ConversionValues values = ToConversionValues(record);
-  host.GetConversion(extension, values);
-  const auto fields = ConversionFields(record);
-  for (size_t i = 0; i < values.size(); ++i) *fields[i] = values[i];
-}
-
 // The save dialog's filter: every writable format, the design's own shown first.
 SaveDialogRequest SaveRequest(const DesignPath& path) {
   SaveDialogRequest request;
@@ -87,8 +80,6 @@ SaveDialogRequest SaveRequest(const DesignPath& path) {
   request.folder = PreferenceStore(PreferenceTree::kProfile).GetString("Directories", "SaveAs", "");
   return request;
 }
-
-constexpr char kSaveError[] = "Save Error";
 
 // Save and SaveAs, step by step.
 int32_t SaveThroughHost(int32_t hDesign, bool saveAs) {
@@ -109,33 +100,9 @@ int32_t SaveThroughHost(int32_t hDesign, bool saveAs) {
     PreferenceStore(PreferenceTree::kProfile).SetString("Directories", "SaveAs", path.GetDirectory());
   }
   const std::string extension = path.GetExtension();
-  ConversionSettings record;  // the first word -1, all others 0
-  ReadConversion(extension, record);
-  host->GetFormatHoop(extension, record.hoopWidth, record.hoopHeight);
-  AskConversion(*host, extension, record);
+  ConversionSettings record = HostConversion(*host, extension);
   if (saveAs) TheApp().SetLastConversion(record);
-  int32_t pageWidth = 0, pageHeight = 0;
-  host->GetHoopSize(pageWidth, pageHeight);
-  // Tenths of a millimetre at the boundary, millimetres inside.
-  record.hoopWidth /= 10;
-  record.hoopHeight /= 10;
-  ConversionSettings page = record;
-  page.hoopWidth = pageWidth / 10;
-  page.hoopHeight = pageHeight / 10;
-  Design copy = design;
-  if (FitDesignToHoop(copy, page) != 0) {
-    if (FitDesignToHoop(copy, record) != 0) {
-      CurrentUserInterface().ShowMessage(
-          "This design is too large for even the largest hoop for this format.\n\nPlease increase your hoop size.",
-          kSaveError, MessageButtons::kOk);
-      return 0;
-    }
-    const MessageAnswer answer = CurrentUserInterface().ShowMessage(
-        "This design is too large for the current hoop, but it can be saved in the current format.\n\nWould you "
-        "like to continue with saving it?",
-        kSaveError, MessageButtons::kYesNo);
-    if (answer != MessageAnswer::kYes) return 0;
-  }
+  if (!ConfirmHoopForSave(*host, design, record)) return 0;
   const int written = SaveDesign(design, nullptr, 1, saveAs ? &record : nullptr);
   if (written < 1) return 0;
   ConvertThreadsForFormat(design, DesignPath(design.name).GetExtension());

@@ -40,6 +40,13 @@ ConversionValues ToConversionValues(ConversionSettings record) {
   return values;
 }
 
+void AskConversion(HostAutomation& host, const std::string& extension, ConversionSettings& record) {
+  ConversionValues values = ToConversionValues(record);
+  host.GetConversion(extension, values);
+  const auto fields = ConversionFields(record);
+  for (size_t i = 0; i < values.size(); ++i) *fields[i] = values[i];
+}
+
 std::array<int32_t*, 9> ResizeFields(ResizeSettings& settings) {
   return {&settings.MinFill,    &settings.MaxSL,        &settings.MinSatin,
           &settings.MaxSatinSL, &settings.ApplyMinFill, &settings.ApplyMax,

@@ -53,6 +53,9 @@ class HostAutomation {
   virtual void GetResizeSettings(ResizeSettings& settings) = 0;                                 // 12
 };
 
+// Lets the host overwrite the record's eleven conversion values for `extension`.
+void AskConversion(HostAutomation& host, const std::string& extension, ConversionSettings& record);
+
 // Calls a host method by dispatch id. Out-arguments come back in `arguments`
 // (which is grown to the method's count); the result is the method's, empty
 // for one without. An unknown id does nothing and gives an empty result.

@@ -46,6 +46,16 @@ class UserInterface {
   virtual std::optional<std::string> ChooseSaveName(const SaveDialogRequest&) { return std::nullopt; }
   // The preference sheet, modal, under `title`.
   virtual void ShowPreferences(const std::string& /*title*/) {}
+  // A dialog of `text`, OK and Cancel and a check box: the box's state on OK,
+  // nothing on Cancel.
+  virtual std::optional<bool> AskWithCheckBox(const std::string& /*caption*/, const std::string& /*text*/,
+                                              const std::string& /*checkBox*/, bool /*checked*/) {
+    return std::nullopt;
+  }
+  // The folder dialog: the folder chosen, or nothing when it was cancelled.
+  virtual std::optional<std::string> ChooseFolder(const std::string& /*title*/, const std::string& /*start*/) {
+    return std::nullopt;
+  }
   virtual FontHeights StockFontHeights() { return {}; }
 };
 

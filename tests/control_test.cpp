@@ -323,28 +323,23 @@ TEST_F(AddinControl, InvokeHostReachesEveryHostMethodAndWritesOutArguments) {
                    "GetSaveExtension", "GetHoopSize", "GetFormatHoop", "GetConversion", "GetResizeSettings"}));
 }
 
-struct RecordingTransport : ProtocolTransport {
-  void Broadcast(const std::string& message, int32_t wParam, int64_t lParam) override {
-    sent.push_back(message + " " + std::to_string(wParam) + " " + std::to_string(lParam));
-  }
-  Texts sent;
-};
-
 TEST_F(AddinControl, TheModuleStartsEndsAndRegisters) {
   CFennickAddinApp app;
   app.busy = 3;
   EXPECT_TRUE(app.InitInstance());
   EXPECT_EQ((std::vector<int32_t>{app.protocolNumber, app.busy, app.ansiFontHeight, app.systemFontHeight}),
             (std::vector<int32_t>{10, 0, 21, 34}));
+  EXPECT_EQ(app.filteredMessages.front(), 32204u);  // "QXCall"
+  EXPECT_EQ(app.filteredMessages.back(), 32208u);   // "QXPlugInStop"
   scratch.Write("kept.pes", {1});
   scratch.Write("picked.dst", {1});
   app.keptDesigns = {DesignPath(scratch.File("kept.pes"))};
   app.selectedFiles = {DesignPath(scratch.File("picked.dst"))};
-  RecordingTransport transport;
+  InMemoryTransport transport;
   app.SetTransport(&transport);
   app.ExitInstance();
   EXPECT_FALSE(fs::exists(scratch.File("kept.pes")) || fs::exists(scratch.File("picked.dst")));
-  EXPECT_EQ(transport.sent, Texts{"QXPlugInStop 0 0"});
+  EXPECT_EQ(transport.sent, (std::vector<InMemoryTransport::Sent>{{"QXPlugInStop", 0, 0}}));
 
   const char* old = std::getenv("XDG_DATA_HOME");
   const std::optional<std::string> saved = old != nullptr ? std::optional<std::string>(old) : std::nullopt;
