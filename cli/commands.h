@@ -95,6 +95,8 @@ int TakeNumber(const std::string& command, Arguments& arguments, const std::stri
 // The same for a decimal number, such as a percentage or an angle.
 int TakeDecimal(const std::string& command, Arguments& arguments, const std::string& option, double& value);
 
+// "WIDTHxHEIGHT" in millimetres, both above 0.
+bool ParseHoop(const std::string& text, int32_t& width, int32_t& height);
 // A whole number of 0 or more, the whole text.
 bool ParseCount(const std::string& text, int32_t& value);
 // The lower-case extension of a path.

@@ -11,13 +11,6 @@
 namespace fennick::cli {
 namespace {
 
-// "WIDTHxHEIGHT" in millimetres, both above 0.
-bool ParseHoop(const std::string& text, int32_t& width, int32_t& height) {
-  const size_t cross = text.find_first_of("xX");
-  return cross != std::string::npos && ParseCount(text.substr(0, cross), width) &&
-         ParseCount(text.substr(cross + 1), height) && width > 0 && height > 0;
-}
-
 // The many-file form: --to EXT and --out DIR; both empty for the single one.
 struct BatchTarget {
   std::string extension;

@@ -11,6 +11,7 @@
 #include "cli/commands.h"
 #include "control/addin_ctrl.h"
 #include "control/page_host.h"
+#include "core/byte_cursor.h"
 #include "core/embroidery_file.h"
 #include "core/global_memory.h"
 #include "core/text.h"
@@ -112,16 +113,12 @@ int Describe(const Member& member, const Variant& result, const std::string& out
     return 0;
   }
   if (member.result == 'h') {
-    const auto word = [&bytes](size_t at) {
-      return at + 4 <= bytes.size() ? static_cast<uint32_t>(bytes[at] | bytes[at + 1] << 8 | bytes[at + 2] << 16 |
-                                                             static_cast<uint32_t>(bytes[at + 3]) << 24)
-                                    : 0u;
-    };
-    const uint32_t count = word(0);
+    ByteReader list(bytes);
+    const uint32_t count = list.U32LE();
     std::cout << count << (count == 1 ? " design\n" : " designs\n");
     for (uint32_t i = 0; i < count; ++i) {
       Design design;
-      const auto block = static_cast<GlobalHandle>(word(4 + 4 * i));
+      const GlobalHandle block = list.U32LE();
       ParseEmbroideryFile(design, block);
       GlobalFree(block);
       std::cout << "  " << DesignLine(design) << "\n";
@@ -159,10 +156,7 @@ int RunHostCall(const Arguments& arguments) {
       if (!LoadDesign(arguments[++i], host.page)) return 1;
     } else if (argument == "--hoop" && hasValue) {
       int32_t width = 0, height = 0;
-      const std::string& size = arguments[++i];
-      const size_t cross = size.find('x');
-      if (cross == std::string::npos || !ParseCount(size.substr(0, cross), width) ||
-          !ParseCount(size.substr(cross + 1), height) || width > 10000 || height > 10000) {
+      if (!ParseHoop(arguments[++i], width, height) || width > 10000 || height > 10000) {
         ReportError(command, "--hoop WxH names the page's hoop in whole millimetres");
         return 2;
       }

@@ -124,9 +124,7 @@ int RunFit(const Arguments& arguments) {
   int32_t width = 0, height = 0;
   const auto hoop = std::find(rest.begin(), rest.end(), "--hoop");
   const std::string size = hoop != rest.end() && hoop + 1 != rest.end() ? *(hoop + 1) : "";
-  const size_t cross = size.find('x');
-  if (cross == std::string::npos || !ParseCount(size.substr(0, cross), width) ||
-      !ParseCount(size.substr(cross + 1), height) || width < 2 || height < 2 || width > 10000 || height > 10000) {
+  if (!ParseHoop(size, width, height) || width < 2 || height < 2 || width > 10000 || height > 10000) {
     ReportError("fit", "--hoop WxH names the hoop in whole millimetres, each from 2 to 10000");
     return 2;
   }

@@ -119,6 +119,12 @@ bool SaveFile(const std::string& path, const std::vector<uint8_t>& bytes) {
   return false;
 }
 
+bool ParseHoop(const std::string& text, int32_t& width, int32_t& height) {
+  const size_t cross = text.find_first_of("xX");
+  return cross != std::string::npos && ParseCount(text.substr(0, cross), width) &&
+         ParseCount(text.substr(cross + 1), height) && width > 0 && height > 0;
+}
+
 bool TakeFlag(Arguments& arguments, const std::string& flag) {
   const auto found = std::find(arguments.begin(), arguments.end(), flag);
   if (found == arguments.end()) return false;

@@ -7,6 +7,7 @@
 #include "control/addin_app.h"
 #include "control/hoop_check.h"
 #include "control/host_automation.h"
+#include "core/byte_cursor.h"
 #include "core/design_path.h"
 #include "core/embroidery_file.h"
 #include "core/format_table.h"
@@ -38,19 +39,15 @@ int32_t NewBlock(Design& design) { return AsLong(BuildEmbroideryFile(design)); }
 
 // A block of a 32-bit count and the handles, little-endian.
 int32_t HandleList(const std::vector<int32_t>& handles) {
-  const GlobalHandle list = GlobalAlloc(kDesignBlockFlags, 4 + 4 * handles.size());
-  uint8_t* bytes = GlobalLock(list);
-  if (bytes == nullptr) {
+  std::vector<uint8_t> bytes;
+  ByteWriter list(bytes);
+  list.U32LE(static_cast<uint32_t>(handles.size()));
+  for (const int32_t handle : handles) list.S32LE(handle);
+  const GlobalHandle block = GlobalAllocCopy(bytes);
+  if (block == 0) {
     for (const int32_t handle : handles) GlobalFree(AsHandle(handle));
-    return 0;
   }
-  const auto put = [&bytes](uint32_t value) {
-    for (int shift = 0; shift < 32; shift += 8) *bytes++ = static_cast<uint8_t>(value >> shift);
-  };
-  put(static_cast<uint32_t>(handles.size()));
-  for (const int32_t handle : handles) put(static_cast<uint32_t>(handle));
-  GlobalUnlock(list);
-  return AsLong(list);
+  return AsLong(block);
 }
 
 // The designs picked in the import dialog, each as a block, the colours

@@ -6,6 +6,7 @@
 
 #include "control/addin_app.h"
 #include "control/host_automation.h"
+#include "core/byte_cursor.h"
 #include "core/design_path.h"
 #include "core/embroidery_file.h"
 #include "core/format_table.h"
@@ -177,8 +178,7 @@ void TakeDesigns() {
   transport.CloseClipboard();
   // A payload that does not hold every design it counts, or holds a block that
   // is no design, is refused whole: nothing of it is saved.
-  const uint32_t count = payload.size() < 4 ? 0 : payload[0] | payload[1] << 8 | payload[2] << 16 |
-                                                       static_cast<uint32_t>(payload[3]) << 24;
+  const uint32_t count = ByteReader(payload).U32LE();
   const bool whole = designs.size() == count &&
                      std::none_of(designs.begin(), designs.end(), [](const Design& d) { return d.stitches.Empty(); });
   if (designs.empty() || !whole) return;
