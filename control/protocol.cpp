@@ -82,39 +82,6 @@ std::string MessageName(uint32_t number) {
   return "";
 }
 
-InMemoryTransport::~InMemoryTransport() {
-  for (const auto& [format, block] : clipboard) GlobalFree(block);
-}
-
-void InMemoryTransport::Broadcast(const std::string& message, int32_t wParam, int64_t lParam) {
-  sent.push_back({message, wParam, lParam});
-}
-
-bool InMemoryTransport::OpenClipboard() {
-  open = true;
-  return true;
-}
-
-void InMemoryTransport::EmptyClipboard() {
-  if (!open) return;
-  for (const auto& [format, block] : clipboard) GlobalFree(block);
-  clipboard.clear();
-}
-
-void InMemoryTransport::SetClipboardData(uint32_t format, GlobalHandle block) {
-  if (!open) return;
-  GlobalHandle& slot = clipboard[format];
-  if (slot != 0 && slot != block) GlobalFree(slot);
-  slot = block;
-}
-
-GlobalHandle InMemoryTransport::GetClipboardData(uint32_t format) {
-  const auto found = clipboard.find(format);
-  return open && found != clipboard.end() ? found->second : 0;
-}
-
-void InMemoryTransport::CloseClipboard() { open = false; }
-
 int32_t SendCurrentDesign() {
   return WithHostDesign(true, [](HostAutomation&, Design& design) {
     // A tool gets the plain file name: a "Zip:" prefix and a volume label go.

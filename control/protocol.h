@@ -8,11 +8,12 @@
 
 #include <array>
 #include <cstdint>
-#include <map>
 #include <string>
 #include <vector>
 
+#include "control/protocol_clipboard.h"
 #include "core/global_memory.h"
+#include "fennick/protocol.h"
 
 namespace fennick {
 
@@ -23,30 +24,30 @@ struct RegisteredName {
 
 // The 21 messages, with the numbers of their string table.
 inline constexpr std::array<RegisteredName, 21> kProtocolMessages{{
-    {32204, "QXCall"},
-    {32215, "QXGetPrevFile"},
-    {32216, "QXGetFirst"},
-    {32217, "QXGetLast"},
-    {32203, "QXCallback"},
-    {32226, "QXGetSelEmb"},
-    {32227, "QXEmbSelCB"},
-    {32209, "QXRequestSave"},
-    {32224, "QXReqMultiSave"},
-    {32219, "QXFileSaved"},
-    {32211, "QXGetWholeFile"},
-    {32212, "QXWholeFile"},
-    {32214, "QXReqColorArray"},
-    {32213, "QXColorArray"},
-    {32223, "QXReqThreadColorArray"},
-    {32222, "QXThreadColorArray"},
-    {32220, "QXGetFileTypeList"},
-    {32221, "QXFileTypeList"},
-    {32218, "QXMessageReceived"},
-    {32210, "Plug-in ended"},  // with its blank and hyphen, unlike the others
-    {32208, "QXPlugInStop"},
+    {32204, FENNICK_MSG_CALL},
+    {32215, FENNICK_MSG_GET_PREV_FILE},
+    {32216, FENNICK_MSG_GET_FIRST},
+    {32217, FENNICK_MSG_GET_LAST},
+    {32203, FENNICK_MSG_CALLBACK},
+    {32226, FENNICK_MSG_GET_SEL_EMB},
+    {32227, FENNICK_MSG_EMB_SEL_CB},
+    {32209, FENNICK_MSG_REQUEST_SAVE},
+    {32224, FENNICK_MSG_REQ_MULTI_SAVE},
+    {32219, FENNICK_MSG_FILE_SAVED},
+    {32211, FENNICK_MSG_GET_WHOLE_FILE},
+    {32212, FENNICK_MSG_WHOLE_FILE},
+    {32214, FENNICK_MSG_REQ_COLOR_ARRAY},
+    {32213, FENNICK_MSG_COLOR_ARRAY},
+    {32223, FENNICK_MSG_REQ_THREAD_COLOR_ARRAY},
+    {32222, FENNICK_MSG_THREAD_COLOR_ARRAY},
+    {32220, FENNICK_MSG_GET_FILE_TYPE_LIST},
+    {32221, FENNICK_MSG_FILE_TYPE_LIST},
+    {32218, FENNICK_MSG_MESSAGE_RECEIVED},
+    {32210, FENNICK_MSG_PLUG_IN_ENDED},  // "Plug-in ended", with its blank and hyphen
+    {32208, FENNICK_MSG_PLUG_IN_STOP},
 }};
-inline constexpr RegisteredName kEmbroideryFileFormat{32205, "QXEmbroideryFile"};
-inline constexpr RegisteredName kMultEmbroideryFilesFormat{32225, "QXMultEmbroideryFiles"};
+inline constexpr RegisteredName kEmbroideryFileFormat{32205, FENNICK_FORMAT_EMBROIDERY_FILE};
+inline constexpr RegisteredName kMultEmbroideryFilesFormat{32225, FENNICK_FORMAT_MULT_EMBROIDERY_FILES};
 
 // The number of a registered message or clipboard format, the same in every
 // process; 0 for a name of neither.
@@ -55,24 +56,37 @@ uint32_t RegisterClipboardFormat(const std::string& name);
 // The name of a message number; "" for another number.
 std::string MessageName(uint32_t number);
 
-// How messages and clipboard blocks travel. A block set on the clipboard
-// belongs to the clipboard from then on; emptying it frees them. Emptying
-// takes effect only while the clipboard is open.
+// How messages travel, and the clipboard the control serves to tools. A
+// block set on the clipboard belongs to the clipboard from then on; emptying
+// it frees them. Emptying takes effect only while the clipboard is open.
 class ProtocolTransport {
  public:
   virtual ~ProtocolTransport() = default;
   // To every control and tool; never waits for them.
   virtual void Broadcast(const std::string& message, int32_t wParam, int64_t lParam) = 0;
-  virtual bool OpenClipboard() = 0;
-  virtual void EmptyClipboard() = 0;
-  virtual void SetClipboardData(uint32_t format, GlobalHandle block) = 0;
+
+  // The control's own use of the clipboard.
+  bool OpenClipboard() { return clipboard_.Open(kControlParty); }
+  void EmptyClipboard() { clipboard_.Empty(kControlParty); }
+  void SetClipboardData(uint32_t format, GlobalHandle block) {
+    clipboard_.Set(kControlParty, format, block, conversation_);
+  }
   // The block under `format`, still the clipboard's; 0 for none.
-  virtual GlobalHandle GetClipboardData(uint32_t format) = 0;
-  virtual void CloseClipboard() = 0;
+  GlobalHandle GetClipboardData(uint32_t format) { return clipboard_.Get(kControlParty, format); }
+  void CloseClipboard() { clipboard_.Close(kControlParty); }
+
+  ProtocolClipboard& Clipboard() { return clipboard_; }
+
+ protected:
+  // The tool whose request is being served: what the control puts on the
+  // clipboard meanwhile belongs to its conversation.
+  std::string conversation_ = kControlParty;
+
+ private:
+  ProtocolClipboard clipboard_;
 };
 
-// A transport within one process: broadcasts are recorded, the clipboard is a
-// table of blocks. For tests, and for a tool and a control that share a process.
+// A transport within one process: broadcasts are recorded. For tests.
 class InMemoryTransport : public ProtocolTransport {
  public:
   struct Sent {
@@ -81,17 +95,11 @@ class InMemoryTransport : public ProtocolTransport {
     int64_t lParam;
     bool operator==(const Sent&) const = default;
   };
-  ~InMemoryTransport() override;
-  void Broadcast(const std::string& message, int32_t wParam, int64_t lParam) override;
-  bool OpenClipboard() override;
-  void EmptyClipboard() override;
-  void SetClipboardData(uint32_t format, GlobalHandle block) override;
-  GlobalHandle GetClipboardData(uint32_t format) override;
-  void CloseClipboard() override;
+  void Broadcast(const std::string& message, int32_t wParam, int64_t lParam) override {
+    sent.push_back({message, wParam, lParam});
+  }
 
   std::vector<Sent> sent;
-  bool open = false;
-  std::map<uint32_t, GlobalHandle> clipboard;
 };
 
 // The control's hook: acts on a message it takes from its queue. False when

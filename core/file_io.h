@@ -17,6 +17,12 @@ class FileDescriptor {
   FileDescriptor& operator=(const FileDescriptor&) = delete;
   ~FileDescriptor() { Close(); }
   int Get() const { return fd_; }
+  // Gives the descriptor up to the caller, who closes it.
+  int Release() {
+    const int fd = fd_;
+    fd_ = -1;
+    return fd;
+  }
   // A failed close after writing can mean lost data, so it is reported.
   bool Close();
 

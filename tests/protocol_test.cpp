@@ -1,6 +1,8 @@
 // The control's side of the tool conversation, over the in-memory transport
 // with a one-design host: what each request gets, and what busy lets through.
 #include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <string>
@@ -11,6 +13,8 @@
 #include "control/page_host.h"
 #include "control/protocol.h"
 #include "core/embroidery_file.h"
+#include "core/file_io.h"
+#include "core/sealed_memfd.h"
 #include "tests/test_support.h"
 
 namespace fennick {
@@ -50,8 +54,10 @@ class ProtocolTest : public testing::Test {
     return FilterMessage(RegisterWindowMessage(name), wParam, cookie);
   }
   GlobalHandle OnClipboard(const RegisteredName& format) {
-    const auto found = transport.clipboard.find(format.number);
-    return found == transport.clipboard.end() ? 0 : found->second;
+    transport.OpenClipboard();
+    const GlobalHandle block = transport.GetClipboardData(format.number);
+    transport.CloseClipboard();
+    return block;
   }
 
   test::ScratchFolder scratch;
@@ -144,7 +150,7 @@ TEST_F(ProtocolTest, SavedDesignsReachTheHostOrTheFolderAndGarbageNothing) {
   Request("QXRequestSave", 3);
   EXPECT_EQ(test::Nodes(host.page), test::Nodes(result));
   EXPECT_EQ(host.calls, (std::vector<std::string>{"NewDesign", "PutDesign"}));
-  EXPECT_TRUE(transport.clipboard.empty());
+  EXPECT_EQ(transport.Clipboard().BlockCount(), 0u);
 
   // Several back: saved into the folder chosen, whatever their size.
   Design big = test::DesignOf({{0, 0, 0}, {3000, 0, 0}, {0, 3000, 0}}, {0xFF0000});
@@ -176,6 +182,62 @@ TEST_F(ProtocolTest, SavedDesignsReachTheHostOrTheFolderAndGarbageNothing) {
   size_t saved = 0;
   for (const Sent& sent : transport.sent) saved += sent.message == "QXFileSaved" && sent.wParam == 0 ? 1 : 0;
   EXPECT_EQ(saved, 5u);
+}
+
+TEST(ProtocolClipboard, OnePartyHoldsItAndAConversationTakesItsBlocksAlong) {
+  const size_t start = GlobalBlockCount();
+  const auto block = [] { return GlobalAllocCopy(std::vector<uint8_t>{1, 2, 3}); };
+  ProtocolClipboard clipboard;
+  ASSERT_TRUE(clipboard.Open("a"));
+  EXPECT_FALSE(clipboard.Open("b"));
+  const GlobalHandle refused = block();
+  EXPECT_FALSE(clipboard.Set("b", 1, refused, "b"));
+  EXPECT_EQ(GlobalSize(refused), 0u) << "a block the clipboard cannot take is freed";
+  const GlobalHandle first = block(), second = block();
+  clipboard.Set("a", 1, first, "a");
+  clipboard.Set("a", 1, second, "a");
+  EXPECT_EQ(GlobalSize(first), 0u) << "replaced";
+  EXPECT_EQ(clipboard.Get("b", 1), 0u) << "only for the holder";
+  EXPECT_EQ(clipboard.Get("a", 1), second);
+  clipboard.Close("b");
+  EXPECT_FALSE(clipboard.Open("b"));
+  clipboard.Close("a");
+  ASSERT_TRUE(clipboard.Open("b"));
+  clipboard.Set("b", 2, block(), "c");
+  const GlobalHandle handed = block();
+  clipboard.Hand(handed, "c");
+  EXPECT_EQ(clipboard.Take(handed, "a"), 0u) << "handed to another";
+  clipboard.EndConversation("a");
+  EXPECT_EQ(clipboard.BlockCount(), 2u);
+  EXPECT_FALSE(clipboard.Open("c")) << "still held by b";
+  clipboard.EndConversation("b");
+  EXPECT_TRUE(clipboard.Open("c"));
+  clipboard.EndConversation("c");
+  EXPECT_EQ(clipboard.BlockCount(), 0u);
+  EXPECT_EQ(GlobalBlockCount(), start);
+}
+
+TEST(SealedMemfd, OnlyASealedMemfdIsMapped) {
+  std::string error;
+  const std::vector<uint8_t> bytes{7, 0, 9, 255};
+  FileDescriptor sealed(MakeSealedMemfd(bytes, error));
+  ASSERT_GE(sealed.Get(), 0) << error;
+  SealedBytes mapped;
+  ASSERT_TRUE(mapped.Map(sealed.Get(), error)) << error;
+  EXPECT_EQ(std::vector<uint8_t>(mapped.Bytes().begin(), mapped.Bytes().end()), bytes);
+  EXPECT_EQ(write(sealed.Get(), "x", 1), -1) << "sealed against writing";
+
+  // A memfd its sender could still change, and a pipe, are refused.
+  FileDescriptor open(memfd_create("open", MFD_CLOEXEC | MFD_ALLOW_SEALING));
+  ASSERT_EQ(write(open.Get(), bytes.data(), bytes.size()), 4);
+  int pipeEnds[2];
+  ASSERT_EQ(pipe(pipeEnds), 0);
+  FileDescriptor reading(pipeEnds[0]), writing(pipeEnds[1]);
+  for (int fd : {open.Get(), reading.Get()}) {
+    error.clear();
+    EXPECT_FALSE(mapped.Map(fd, error));
+    EXPECT_NE(error.find("not a memfd sealed"), std::string::npos) << error;
+  }
 }
 
 }  // namespace

@@ -79,6 +79,20 @@ foreach(command IN LISTS commands)
   endif()
 endforeach()
 
+# The tool pack: its programs beside their bitmaps, and its buttons in the
+# machine tool key under the prefix (etc/xdg, as for any prefix but /usr).
+set(tools "${prefix}/${LIBDIR}/fennick/tools")
+foreach(program Mirror Auto-Baste "Color Sort" "Split by Color")
+  if(NOT IS_SYMLINK "${tools}/${program}" OR NOT EXISTS "${tools}/${program}.bmp")
+    message(FATAL_ERROR "the tool pack's \"${program}\" is not installed with its bitmap")
+  endif()
+endforeach()
+file(READ "${prefix}/etc/xdg/selvane/FennickAddin Tools.reg" key)
+string(FIND "${key}" "\"Color Sort\"=\"${tools}/Color Sort\"" at)
+if(at EQUAL -1)
+  message(FATAL_ERROR "the tool key does not list the installed pack:\n${key}")
+endif()
+
 # C++: find_package from the staging prefix alone, then build and run.
 set(cxx "${WORK_DIR}/cxx")
 step("configuring the C++ project" "${CMAKE_COMMAND}" -S "${here}/cxx" -B "${cxx}" -G "${GENERATOR}"

@@ -6,6 +6,7 @@
 #include <string.h>
 
 #include <fennick/fennickaddin.h>
+#include <fennick/protocol.h>
 
 static int failures = 0;
 
@@ -65,6 +66,8 @@ static void CheckWriteFormats(FennickControl* control) {
 int main(void) {
   FennickControl* control;
   CheckClassId();
+  Check(strcmp(FENNICK_BUS_NAME, "org.selvane.FennickAddin") == 0 && FENNICK_PROTOCOL_NUMBER == 10,
+        "the tool protocol's header is installed");
   Check(DllCanUnloadNow() != 0, "DllCanUnloadNow is true before any control lives");
   control = FennickCreateControl();
   if (control == NULL) {
