@@ -38,6 +38,7 @@ int RunBaste(const Arguments& arguments);
 int RunReduce(const Arguments& arguments);
 int RunHueSort(const Arguments& arguments);
 int RunResize(const Arguments& arguments);
+int RunBrowse(const Arguments& arguments);
 int RunFit(const Arguments& arguments);
 int RunHostCall(const Arguments& arguments);
 

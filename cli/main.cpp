@@ -139,6 +139,12 @@ constexpr Command kCommands[] = {
      "whole, so a failure leaves it as it was. Every command that reads a design also takes a\n"
      "member as \"Zip:archive.zip:member\".",
      fennick::cli::RunZip},
+    {"browse", "fennick browse [FOLDER]",
+     "Opens the design browser at FOLDER, or where it was last: tick folders or catalog categories,\n"
+     "pick designs among their thumbnails and press Import. Prints the designs imported, one a line\n"
+     "in their text form (\"Zip:archive.zip:member\" for ZIP members); exit status 1 on Close. The\n"
+     "browser is the program fennick-browse beside this one, which needs a desktop session.",
+     fennick::cli::RunBrowse},
 };
 
 void PrintUsage(std::ostream& out) {

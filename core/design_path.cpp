@@ -42,20 +42,43 @@ std::string UnescapeMountField(const std::string& field) {
   return text;
 }
 
-bool IsRemovableBlockDevice(const std::string& source) {
+bool IsRemovableBlockDevice(const std::string& source, const std::string& systemRoot) {
   if (source.rfind("/dev/", 0) != 0) return false;
   std::string device = source.substr(5);
   // A partition's flag stands on its disk: sdb1 -> sdb, mmcblk0p1 -> mmcblk0.
-  std::ifstream flag("/sys/class/block/" + device + "/removable");
+  std::ifstream flag(systemRoot + "/sys/class/block/" + device + "/removable");
   if (!flag) {
-    std::ifstream parent("/sys/class/block/" + device + "/../removable");
+    std::ifstream parent(systemRoot + "/sys/class/block/" + device + "/../removable");
     flag.swap(parent);
   }
   char value = '0';
   return flag >> value && value == '1';
 }
 
-DriveType DriveTypeOfMount(const std::string& mountPoint, const std::string& fsType, const std::string& source) {
+}  // namespace
+
+std::vector<MountEntry> ReadMountTable(const std::string& file) {
+  std::vector<MountEntry> table;
+  std::ifstream mounts(file);
+  std::string line;
+  while (std::getline(mounts, line)) {
+    std::istringstream fields(line);
+    MountEntry entry;
+    std::string parent, root, field;
+    fields >> entry.id >> parent >> entry.device >> root >> entry.point;
+    while (fields >> field && field != "-") {
+    }
+    fields >> entry.fsType >> entry.source;
+    entry.point = UnescapeMountField(entry.point);
+    entry.source = UnescapeMountField(entry.source);
+    if (!entry.point.empty()) table.push_back(std::move(entry));
+  }
+  return table;
+}
+
+DriveType DriveTypeOfMount(const MountEntry& mount, const std::string& systemRoot) {
+  const std::string& fsType = mount.fsType;
+  const std::string& mountPoint = mount.point;
   static const char* const kRemote[] = {"nfs", "nfs4", "cifs", "smb3", "smbfs", "9p", "afs", "ncpfs"};
   if (fsType == "iso9660" || fsType == "udf") return kDriveCdRom;
   for (const char* remote : kRemote) {
@@ -68,14 +91,25 @@ DriveType DriveTypeOfMount(const std::string& mountPoint, const std::string& fsT
     }
   }
   if (fsType == "tmpfs" || fsType == "ramfs") return kDriveRamDisk;
-  if (IsRemovableBlockDevice(source) || mountPoint.rfind("/media/", 0) == 0 ||
+  if (IsRemovableBlockDevice(mount.source, systemRoot) || mountPoint.rfind("/media/", 0) == 0 ||
       mountPoint.rfind("/run/media/", 0) == 0) {
     return kDriveRemovable;
   }
   return kDriveFixed;
 }
 
-}  // namespace
+const MountEntry* MountHolding(const std::vector<MountEntry>& table, const std::string& path) {
+  // The longest mount point that holds the path; the later of equal ones, which covers the other.
+  const MountEntry* best = nullptr;
+  for (const MountEntry& mount : table) {
+    const std::string prefix = mount.point == "/" ? mount.point : mount.point + "/";
+    if ((path.rfind(prefix, 0) == 0 || path == mount.point) &&
+        (best == nullptr || mount.point.size() >= best->point.size())) {
+      best = &mount;
+    }
+  }
+  return best;
+}
 
 void DesignPath::Parse(const std::string& text) {
   zipFile_.clear();
@@ -198,27 +232,9 @@ DriveType DesignPath::GetDriveType() const {
       !S_ISDIR(info.st_mode)) {
     return kDriveNoRootDir;
   }
-  std::ifstream mounts("/proc/self/mountinfo");
-  if (!mounts) return kDriveUnknown;
-  // The longest mount point that holds the directory decides.
-  std::string line, bestPoint, bestType, bestSource;
-  while (std::getline(mounts, line)) {
-    std::istringstream fields(line);
-    std::string id, parent, device, root, point, field;
-    fields >> id >> parent >> device >> root >> point;
-    while (fields >> field && field != "-") {
-    }
-    std::string fsType, source;
-    fields >> fsType >> source;
-    point = UnescapeMountField(point);
-    const std::string prefix = point == "/" ? point : point + "/";
-    if (directory_.rfind(prefix, 0) == 0 && point.size() >= bestPoint.size()) {
-      bestPoint = point;
-      bestType = fsType;
-      bestSource = UnescapeMountField(source);
-    }
-  }
-  return bestPoint.empty() ? kDriveUnknown : DriveTypeOfMount(bestPoint, bestType, bestSource);
+  const std::vector<MountEntry> table = ReadMountTable();
+  const MountEntry* best = MountHolding(table, directory_);
+  return best == nullptr ? kDriveUnknown : DriveTypeOfMount(*best);
 }
 
 bool DesignPath::Execute(const std::string& verb, const std::string& parameters) const {

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace fennick {
 
@@ -18,6 +19,24 @@ enum DriveType : int {
   kDriveCdRom = 5,
   kDriveRamDisk = 6,
 };
+
+// One line of the mount table, its octal escapes undone.
+struct MountEntry {
+  int id = 0;
+  std::string device;  // "major:minor"
+  std::string point;
+  std::string fsType;
+  std::string source;
+  bool operator==(const MountEntry&) const = default;
+};
+
+// The mount table in its own order (a later mount covers an earlier one at
+// the same point); empty when it cannot be read.
+std::vector<MountEntry> ReadMountTable(const std::string& file = "/proc/self/mountinfo");
+// The mount that `path` lies on, or nullptr.
+const MountEntry* MountHolding(const std::vector<MountEntry>& table, const std::string& path);
+// The drive kind of a mount. `systemRoot` goes before /sys, for a fake tree.
+DriveType DriveTypeOfMount(const MountEntry& mount, const std::string& systemRoot = "");
 
 class DesignPath {
  public:

@@ -31,6 +31,16 @@ inline bool EqualsIgnoringCase(std::string_view a, std::string_view b) {
   return true;
 }
 
+// Orders by lower case, byte by byte, as the system's case-blind sorts do.
+inline bool LessIgnoringCase(std::string_view a, std::string_view b) {
+  const size_t common = a.size() < b.size() ? a.size() : b.size();
+  for (size_t i = 0; i < common; ++i) {
+    const auto x = static_cast<unsigned char>(AsciiLower(a[i])), y = static_cast<unsigned char>(AsciiLower(b[i]));
+    if (x != y) return x < y;
+  }
+  return a.size() < b.size();
+}
+
 // printf-style formatting into a string; the formats are the system's own.
 template <typename... Args>
 std::string FormatText(const char* format, Args... args) {

@@ -4,7 +4,7 @@
 set -euo pipefail
 
 packages=(g++ cmake ninja-build pkg-config zlib1g-dev libpng-dev libgtest-dev libgmock-dev libbenchmark-dev zip unzip
-          qt6-base-dev dbus dbus-daemon xvfb xauth
+          qt6-base-dev qt6-qpa-plugins fonts-dejavu-core dbus dbus-daemon xvfb xauth
           "$@")
 missing=()
 for package in "${packages[@]}"; do
