@@ -12,10 +12,13 @@
 #include <string>
 #include <vector>
 
+#include <QApplication>
+
 #include "control/addin_app.h"
 #include "control/addin_ctrl.h"
 #include "control/host_automation.h"
 #include "control/registration.h"
+#include "control/ui/qt_user_interface.h"
 #include "core/global_memory.h"
 #include "core/user_interface.h"
 
@@ -165,8 +168,20 @@ void ToC(const Variant& value, FennickVariant& out) {
   }
 }
 
+// The library's own dialogs: Qt's when the host runs a Qt application, else
+// none (every dialog closed at once). Called with boundaryMutex held.
+void UseLibraryInterface() {
+  static std::unique_ptr<fennick::QtUserInterface> qtInterface;
+  if (qtInterface == nullptr && qobject_cast<QApplication*>(QCoreApplication::instance()) != nullptr) {
+    qtInterface = std::make_unique<fennick::QtUserInterface>();
+  }
+  fennick::SetUserInterface(qtInterface.get());
+}
+
 FennickControl* CreateControl() {
   try {
+    const std::lock_guard<std::mutex> lock(boundaryMutex);
+    if (hostInterface == nullptr) UseLibraryInterface();
     return new FennickControl;
   } catch (...) {
     return nullptr;
@@ -258,8 +273,8 @@ void FennickRevokeHost(void) { FennickRegisterHost(nullptr); }
 
 void FennickSetUserInterface(const FennickUserInterfaceCallbacks* ui) {
   const std::lock_guard<std::mutex> lock(boundaryMutex);
-  fennick::SetUserInterface(nullptr);
   hostInterface.reset();
+  UseLibraryInterface();
   if (ui == nullptr) return;
   hostInterface = std::make_unique<CallbackInterface>(*ui);
   fennick::SetUserInterface(hostInterface.get());

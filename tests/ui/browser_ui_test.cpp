@@ -10,6 +10,7 @@
 #include <QScrollBar>
 #include <QStatusBar>
 #include <QTest>
+#include <QTimer>
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
@@ -21,6 +22,10 @@
 #include "browser/ui/container_view.h"
 #include "browser/ui/import_design_dialog.h"
 #include "browser/ui/tick_tree_view.h"
+#include "control/addin_ctrl.h"
+#include "control/ui/qt_user_interface.h"
+#include "core/byte_cursor.h"
+#include "core/embroidery_file.h"
 #include "core/preferences.h"
 #include "tests/test_support.h"
 
@@ -190,6 +195,31 @@ TEST_F(BrowserWindow, DamagedDesignsAndMissingMediaGetTheStockPicture) {
   BrowserView& view = dialog.Frame().View();
   EXPECT_EQ(view.PointerText(view.visualRect(list.index(1)).center()).toStdString(),
             "/media/nobody/CARD/rose.pesCard Pack 3'");
+}
+
+TEST_F(BrowserWindow, TheControlsFileImportOpensTheBrowser) {
+  const QtUserInterface ui;
+  QTimer::singleShot(0, [this] {
+    auto* dialog = qobject_cast<ImportDesignDialog*>(QApplication::activeModalWidget());
+    ASSERT_NE(dialog, nullptr);
+    Tick(*dialog, Folder("designs"));
+    dialog->Frame().View().selectAll();
+    emit dialog->Frame().Command(kImportCommand);
+  });
+  CFennickAddinCtrl control;
+  const auto list = static_cast<GlobalHandle>(control.FileImport());
+  const std::vector<uint8_t> handles = GlobalCopyOut(list);
+  ByteReader in(handles);
+  ASSERT_EQ(in.U32LE(), 7u) << "a handle for each design picked";
+  Design first;
+  ParseEmbroideryFile(first, in.U32LE());
+  EXPECT_TRUE(first.stitches.Empty()) << "damaged.dst reads as nothing";
+  Design second;
+  const GlobalHandle block = in.U32LE();
+  ParseEmbroideryFile(second, block);
+  EXPECT_GT(second.stitches.Size(), 100u);
+  GlobalFree(block);
+  GlobalFree(list);
 }
 
 // Pictures for docs/, taken under a real X server by scripts/browser_screenshots.sh.
