@@ -7,6 +7,8 @@
 
 #include "archive/file_operations.h"
 #include "core/design_path.h"
+#include "core/text.h"
+#include "core/user_interface.h"
 
 namespace fennick {
 namespace {
@@ -234,7 +236,12 @@ bool DriveTree::RenameFolder(TreeItem item, const std::string& text) {
 bool DriveTree::DeleteFolder(TreeItem item) {
   if (!Contains(item) || Parent(item) == 0) return false;
   const std::string path = ItemPath(item);
-  if (path.size() < 4 || ShellDelete(path) != 0) return false;
+  if (path.size() < 4) return false;
+  const std::string question = FormatText(kDeleteFolderText, Text(item).c_str());
+  if (CurrentUserInterface().ShowMessage(question, kDeleteFolderCaption, MessageButtons::kYesNo) != MessageAnswer::kYes ||
+      ShellDelete(path) != 0) {
+    return false;
+  }
   Drop(item);
   return true;
 }

@@ -19,6 +19,9 @@ inline constexpr char kLargeDriveText[] =
     "You have selected a large drive to view.\nAre you sure that you want to view the entire contents of this drive?";
 inline constexpr char kLargeDriveCaption[] = "Large Drive Selected";
 inline constexpr char kNewFolderName[] = "New Folder";
+// The shell asked before it deleted a folder; its question stands in here.
+inline constexpr char kDeleteFolderText[] = "Are you sure you want to delete the folder '%s' and all of its contents?";
+inline constexpr char kDeleteFolderCaption[] = "Confirm Folder Delete";
 
 class DriveTree : public TickTree {
  public:
@@ -52,6 +55,7 @@ class DriveTree : public TickTree {
   bool Explore(TreeItem item) const;
 
   const MediumState& Media() const { return media_; }
+  const DriveSources& Sources() const { return sources_; }
 
  protected:
   void AddToList(TreeItem item) override;

@@ -57,6 +57,7 @@ TEST(BrowserModel, AFolderComesInSortedWithItsZipMembersAheadAndLeavesWhole) {
   EXPECT_EQ(model.Records()[0].path.GetZipFile(), scratch.File("pack.zip"));
   EXPECT_EQ(model.AddFolder(0, scratch.File("")), 0) << "no owner, nothing";
   EXPECT_EQ(model.AddFolder(9, scratch.File("missing")), 0);
+  EXPECT_EQ(model.AddFolder(9, scratch.File("b.dst")), 0) << "a file is no folder";
   EXPECT_EQ(model.AddEntries(8, {"/x/b.pes", "/y/B.pes", "/x/a.jef"}), 3);
   EXPECT_EQ(model.FilesText(), "Files: 8");
 

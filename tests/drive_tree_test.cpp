@@ -177,6 +177,16 @@ TEST_F(DriveTreeTest, RefreshAndFolderCommandsFollowTheDisk) {
     EXPECT_FALSE(drives.RenameFolder(made, text)) << text;
     EXPECT_EQ(drives.Text(made), "Renamed");
   }
+  // Deleting a whole folder is asked first; without a Yes nothing goes.
+  EXPECT_FALSE(drives.DeleteFolder(made));
+  EXPECT_TRUE(fs::is_directory(home + "Alpha/Renamed"));
+  struct Yes : QuietUserInterface {
+    MessageAnswer ShowMessage(const std::string& text, const std::string& caption, MessageButtons) override {
+      EXPECT_EQ(caption + ": " + text,
+                "Confirm Folder Delete: Are you sure you want to delete the folder 'Renamed' and all of its contents?");
+      return MessageAnswer::kYes;
+    }
+  } yes;
   EXPECT_TRUE(drives.DeleteFolder(made));
   EXPECT_FALSE(fs::exists(home + "Alpha/Renamed") || drives.Contains(made));
   EXPECT_FALSE(drives.DeleteFolder(root));

@@ -13,7 +13,7 @@ SContainerView::SContainerView(BrowserModel& list, QWidget* parent)
   catalog_.SetOtherTree(&drives_);
   drives_.BuildDrives();
   catalog_.LoadCatalog();
-  driveView_ = new DriveTreeView(drives_, {}, this);
+  driveView_ = new DriveTreeView(drives_, this);
   addTab(driveView_, QStringLiteral("Browse"));
   connect(driveView_, &TickTreeView::StatusMessage, this, &SContainerView::StatusMessage);
   if (catalog_.HasCatalogTab()) {

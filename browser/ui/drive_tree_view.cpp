@@ -27,19 +27,20 @@ std::vector<QPixmap> TreeImages() {
 
 }  // namespace
 
-DriveTreeView::DriveTreeView(DriveTree& drives, DriveSources sources, QWidget* parent)
+DriveTreeView::DriveTreeView(DriveTree& drives, QWidget* parent)
     : TickTreeView(drives, TreeImages(), kDriveStatusText, parent),
       drives_(drives),
-      sources_(std::move(sources)),
-      mounts_(MountSnapshot::Read(sources_)),
+      mounts_(MountSnapshot::Read(drives_.Sources())),
       menu_(new QMenu(this)) {
   // Labels are edited through Rename and New Folder only, never by a click.
   setEditTriggers(QAbstractItemView::NoEditTriggers);
   // A wheel notch moves one line, so a step must be an item.
   setVerticalScrollMode(QAbstractItemView::ScrollPerItem);
 
-  for (const auto& [text, command] : {std::pair{"Explore...", kExploreCommand}, {"New Folder", kNewFolderCommand},
-                                      {"Rename Folder", kRenameFolderCommand}, {"Delete Folder", kDeleteFolderCommand}}) {
+  for (const auto& [text, command] : {std::pair{"Explore...", kExploreCommand},
+                                      {"New Folder", kNewFolderCommand},
+                                      {"Rename Folder", kRenameFolderCommand},
+                                      {"Delete Folder", kDeleteFolderCommand}}) {
     menu_->addAction(QString(text))->setData(command);
   }
   connect(menu_, &QMenu::triggered, this, [this](QAction* action) { RunCommand(action->data().toInt()); });
@@ -47,7 +48,7 @@ DriveTreeView::DriveTreeView(DriveTree& drives, DriveSources sources, QWidget* p
 
   // The mount table reports a change as an exceptional condition on an open
   // descriptor; its content is read through a fresh open each time.
-  mountFile_ = ::open(sources_.MountTable().c_str(), O_RDONLY | O_CLOEXEC);
+  mountFile_ = ::open(drives_.Sources().MountTable().c_str(), O_RDONLY | O_CLOEXEC);
   if (mountFile_ >= 0) {
     mountNotifier_ = new QSocketNotifier(static_cast<qintptr>(mountFile_), QSocketNotifier::Exception, this);
     connect(mountNotifier_, &QSocketNotifier::activated, this, &DriveTreeView::MountsChanged);
@@ -138,7 +139,7 @@ void DriveTreeView::wheelEvent(QWheelEvent* event) {
 }
 
 void DriveTreeView::MountsChanged() {
-  MountSnapshot now = MountSnapshot::Read(sources_);
+  MountSnapshot now = MountSnapshot::Read(drives_.Sources());
   const RootChanges changes = CompareSnapshots(mounts_, now);
   mounts_ = std::move(now);
   if (!changes.added.empty() || !changes.removed.empty()) {

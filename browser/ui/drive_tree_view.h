@@ -24,9 +24,8 @@ class DriveTreeView : public TickTreeView {
   Q_OBJECT
 
  public:
-  // `sources` must be those the tree was built from: the mount table watched
-  // for media changes is theirs.
-  DriveTreeView(DriveTree& drives, DriveSources sources = {}, QWidget* parent = nullptr);
+  // Watches the mount table of the tree's own sources.
+  explicit DriveTreeView(DriveTree& drives, QWidget* parent = nullptr);
   ~DriveTreeView() override;
 
   QMenu& ContextMenu() { return *menu_; }
@@ -50,7 +49,6 @@ class DriveTreeView : public TickTreeView {
   void RebuildRoots();
 
   DriveTree& drives_;
-  DriveSources sources_;
   MountSnapshot mounts_;
   int mountFile_ = -1;
   QSocketNotifier* mountNotifier_ = nullptr;

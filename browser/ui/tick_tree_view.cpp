@@ -115,12 +115,16 @@ TreeHit TickTreeView::HitTest(const QPoint& point, TreeItem& item) const {
   QTreeWidgetItem* viewItem = itemAt(point);
   item = ModelItem(viewItem);
   if (viewItem == nullptr) return TreeHit::kElsewhere;
-  // The icon starts the item's cell; its first part is the tick box.
-  const QRect cell = visualItemRect(viewItem);
-  const int x = point.x() - cell.left();
-  const int iconLeft = style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, this) + 1;
-  if (x < iconLeft) return TreeHit::kElsewhere;
-  return x < iconLeft + kTickWidth ? TreeHit::kTickBox : TreeHit::kLabel;
+  // The icon is where the style puts an item's decoration; its first part is the tick box.
+  QStyleOptionViewItem option;
+  initViewItemOption(&option);
+  option.rect = visualItemRect(viewItem);
+  option.features |= QStyleOptionViewItem::HasDecoration | QStyleOptionViewItem::HasDisplay;
+  option.decorationSize = iconSize();
+  option.text = viewItem->text(0);
+  const QRect icon = style()->subElementRect(QStyle::SE_ItemViewItemDecoration, &option, this);
+  if (point.x() < icon.left()) return TreeHit::kElsewhere;
+  return point.x() < icon.left() + kTickWidth ? TreeHit::kTickBox : TreeHit::kLabel;
 }
 
 void TickTreeView::mousePressEvent(QMouseEvent* event) {

@@ -182,7 +182,18 @@ TEST_F(BrowserWindow, DamagedDesignsAndMissingMediaGetTheStockPicture) {
   EXPECT_EQ(container.tabText(1), "Catalog");
   SCatalogTree& catalog = container.Catalog();
   const TreeItem flowers = catalog.Children(0).at(0);
-  catalog.Click(flowers, TreeHit::kTickBox, false);  // the whole branch
+  // A click on the tick box ticks the whole branch; on the label the item alone.
+  container.setCurrentIndex(1);
+  TickTreeView& tree = *container.CatalogView();
+  const QRect line = tree.visualItemRect(tree.ViewItem(flowers));
+  TreeItem hit = 0;
+  QPoint box;
+  for (int x = line.left(); x < line.right() && box.isNull(); ++x) {
+    if (tree.HitTest({x, line.center().y()}, hit) == TreeHit::kTickBox) box = {x + 6, line.center().y()};
+  }
+  ASSERT_FALSE(box.isNull());
+  QTest::mouseClick(tree.viewport(), Qt::LeftButton, {}, box);
+  EXPECT_EQ(catalog.State(flowers), kTickAll);
   EXPECT_EQ(ListNames(dialog), (std::vector<std::string>{"star.pes", "rose.pes"}));
   BrowserListModel& list = dialog.Frame().List();
   ASSERT_TRUE(WaitUntil([&] { return list.DrawnCount() == 2; }));
