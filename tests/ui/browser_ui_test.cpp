@@ -130,8 +130,10 @@ TEST_F(BrowserWindow, OnlyDesignsInViewAreDecodedAndTheInterfaceNeverWaits) {
   for (int i = 0; i < 500; ++i) scratch.Write("members/m" + std::to_string(1000 + i) + ".dst", design);
   const std::string zip = "cd '" + scratch.File("members") + "' && zip -q -0 ../many/pack.zip *.dst";
   ASSERT_EQ(std::system(zip.c_str()), 0);
+  // Small pictures in a large window: a page of about forty, enough to time.
+  PreferenceStore().SetInt(kBrowserSection, "previewSize", 128);
   ImportDesignDialog dialog(Folder("many"));
-  dialog.resize(900, 640);
+  dialog.resize(1300, 900);
   dialog.show();
   BrowserListModel& list = dialog.Frame().List();
   BrowserView& view = dialog.Frame().View();
