@@ -30,7 +30,8 @@ std::vector<QPixmap> TreeImages() {
 DriveTreeView::DriveTreeView(DriveTree& drives, QWidget* parent)
     : TickTreeView(drives, TreeImages(), kDriveStatusText, parent),
       drives_(drives),
-      mounts_(MountSnapshot::Read(drives_.Sources())),
+      mounts_(MountSnapshot::Read(drives.Sources())),
+      mountFile_(::open(drives.Sources().MountTable().c_str(), O_RDONLY | O_CLOEXEC)),
       menu_(new QMenu(this)) {
   // Labels are edited through Rename and New Folder only, never by a click.
   setEditTriggers(QAbstractItemView::NoEditTriggers);
@@ -48,9 +49,8 @@ DriveTreeView::DriveTreeView(DriveTree& drives, QWidget* parent)
 
   // The mount table reports a change as an exceptional condition on an open
   // descriptor; its content is read through a fresh open each time.
-  mountFile_ = ::open(drives_.Sources().MountTable().c_str(), O_RDONLY | O_CLOEXEC);
-  if (mountFile_ >= 0) {
-    mountNotifier_ = new QSocketNotifier(static_cast<qintptr>(mountFile_), QSocketNotifier::Exception, this);
+  if (mountFile_.Get() >= 0) {
+    mountNotifier_ = new QSocketNotifier(static_cast<qintptr>(mountFile_.Get()), QSocketNotifier::Exception, this);
     connect(mountNotifier_, &QSocketNotifier::activated, this, &DriveTreeView::MountsChanged);
   }
 }
@@ -58,7 +58,6 @@ DriveTreeView::DriveTreeView(DriveTree& drives, QWidget* parent)
 DriveTreeView::~DriveTreeView() {
   // The notifier must let go of the descriptor before it closes.
   delete mountNotifier_;
-  if (mountFile_ >= 0) ::close(mountFile_);
 }
 
 void DriveTreeView::Expanding(TreeItem item, bool expand) {

@@ -8,6 +8,7 @@
 #include "browser/drive_tree.h"
 #include "browser/drives.h"
 #include "browser/ui/tick_tree_view.h"
+#include "core/file_io.h"
 
 class QMenu;
 class QSocketNotifier;
@@ -50,7 +51,7 @@ class DriveTreeView : public TickTreeView {
 
   DriveTree& drives_;
   MountSnapshot mounts_;
-  int mountFile_ = -1;
+  FileDescriptor mountFile_;
   QSocketNotifier* mountNotifier_ = nullptr;
   QMenu* menu_;
   TreeItem renaming_ = 0;  // the item whose label is being edited

@@ -31,7 +31,7 @@ class DriveTreeWindow : public testing::Test {
  protected:
   DriveTreeWindow() : home(fs::canonical(scratch.Path()).string()) {
     fs::create_directories(scratch.Path() / ".system/proc/self");
-    fs::create_directories(scratch.Path() / "work");
+    fs::create_directories(scratch.Path() / "projects");
     Mount(kDisk);
     const DriveSources sources{scratch.File(".system"), home};
     tree = std::make_unique<DriveTree>(nullptr, sources);
@@ -67,7 +67,7 @@ class DriveTreeWindow : public testing::Test {
 };
 
 TEST_F(DriveTreeWindow, FolderCommandsOfTheContextMenu) {
-  const TreeItem work = tree->OpenPath(home + "/work", false);
+  const TreeItem work = tree->OpenPath(home + "/projects", false);
   ASSERT_NE(work, 0u);
   Names offered;
   QTimer::singleShot(0, [&] {
@@ -84,16 +84,16 @@ TEST_F(DriveTreeWindow, FolderCommandsOfTheContextMenu) {
   EXPECT_EQ(tree->Selected(), work) << "the right click selects first";
   EXPECT_EQ(offered, (Names{"Explore... 32805", "New Folder 32850", "Rename Folder 32849", "Delete Folder 32851"}));
 
-  const fs::path folder = scratch.Path() / "work";
+  const fs::path folder = scratch.Path() / "projects";
   Command(kNewFolderCommand);
   EXPECT_TRUE(fs::is_directory(folder / "New Folder"));
-  EXPECT_EQ(Selected(), home + "/work/New Folder/");
+  EXPECT_EQ(Selected(), home + "/projects/New Folder/");
   ASSERT_NE(Editor(), nullptr) << "the new folder's label is open for editing";
   QTest::keyClick(Editor(), Qt::Key_Escape);
 
   tree->Select(work);
   Command(kNewFolderCommand);
-  EXPECT_EQ(Selected(), home + "/work/New Folder(2)/");
+  EXPECT_EQ(Selected(), home + "/projects/New Folder(2)/");
   Type("Renamed");
   EXPECT_TRUE(fs::is_directory(folder / "Renamed"));
   EXPECT_FALSE(fs::exists(folder / "New Folder(2)"));
@@ -120,17 +120,17 @@ TEST_F(DriveTreeWindow, FolderCommandsOfTheContextMenu) {
 }
 
 TEST_F(DriveTreeWindow, MediaChangesFollowTheMountTable) {
-  tree->OpenPath(home + "/work", true);
+  tree->OpenPath(home + "/projects", true);
   Mount(std::string(kDisk) + "40 20 8:17 / /media/ann/CARD rw - vfat /dev/sdb1 rw\n");
   view->MountsChanged();
   EXPECT_EQ(Texts(0), (Names{"/", home + "/", "/media/ann/CARD/"}));
   EXPECT_EQ(view->topLevelItemCount(), 3);
-  EXPECT_EQ(Selected(), home + "/work/") << "the selection survives new roots";
+  EXPECT_EQ(Selected(), home + "/projects/") << "the selection survives new roots";
 
   Mount(kDisk);
   view->MountsChanged();
   EXPECT_EQ(Texts(0), (Names{"/", home + "/"}));
-  EXPECT_EQ(Selected(), home + "/work/");
+  EXPECT_EQ(Selected(), home + "/projects/");
 
   // A remount of the disk reads the open folders again, without a rebuild.
   const TreeItem kept = tree->Selected();
