@@ -109,9 +109,8 @@ int ShellDelete(const std::string& path) {
   if (path.empty()) return EINVAL;
   const fs::path target = fs::weakly_canonical(path, error);
   if (error) return error.value();
-  const char* home = std::getenv("HOME");
-  if (target == target.root_path() ||
-      (home != nullptr && *home != '\0' && target == fs::weakly_canonical(home, error))) {
+  const std::string home = HomeDirectory();
+  if (target == target.root_path() || (!home.empty() && target == fs::weakly_canonical(home, error))) {
     return EPERM;
   }
   fs::remove_all(path, error);  // a link is removed, not what it points to

@@ -248,9 +248,7 @@ bool DriveTree::DeleteFolder(TreeItem item) {
 
 bool DriveTree::Explore(TreeItem item) const {
   if (!Contains(item)) return false;
-  DesignPath folder;
-  folder.SetDirectory(ItemPath(item));
-  return folder.Execute("open", "");
+  return CurrentUserInterface().OpenWithDesktop(ItemPath(item));
 }
 
 void DriveTree::AddToList(TreeItem item) {

@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
-#include <pwd.h>
 #include <set>
 #include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "core/file_io.h"
 #include "core/text.h"
 
 namespace fs = std::filesystem;
@@ -67,14 +67,7 @@ void ForEachSubfolder(const std::string& path, Visit visit) {
 
 std::string DriveSources::HomeFolder() const {
   std::string folder = home;
-  if (folder.empty()) {
-    const char* variable = std::getenv("HOME");
-    if (variable != nullptr && *variable != '\0') {
-      folder = variable;
-    } else if (const passwd* entry = getpwuid(getuid()); entry != nullptr && entry->pw_dir != nullptr) {
-      folder = entry->pw_dir;
-    }
-  }
+  if (folder.empty()) folder = HomeDirectory();
   if (folder.empty() || folder.front() != '/') return "/";
   // A linked home must be found on the mount it really lies on.
   std::error_code error;

@@ -39,6 +39,7 @@ int RunReduce(const Arguments& arguments);
 int RunHueSort(const Arguments& arguments);
 int RunResize(const Arguments& arguments);
 int RunBrowse(const Arguments& arguments);
+int RunPreferences(const Arguments& arguments);
 int RunFit(const Arguments& arguments);
 int RunHostCall(const Arguments& arguments);
 
@@ -87,6 +88,10 @@ bool SaveFile(const std::string& path, const std::vector<uint8_t>& bytes);
 bool SavePicture(Design& design, BitmapOptions options, const std::string& path);
 // One line on standard error: "fennick: <subject>: <cause>".
 void ReportError(const std::string& subject, const std::string& cause);
+// Runs `program` with `arguments` in place of this process: the one beside
+// this program, else the one on the PATH. Returns only when it could not be
+// started: 1 after one line naming `command`.
+int StartWindowProgram(const std::string& command, const std::string& program, const Arguments& arguments);
 // Takes a flag out of `arguments`; true when it was there.
 bool TakeFlag(Arguments& arguments, const std::string& flag);
 // Takes `option` and its number out of `arguments`. Returns 0 when it is

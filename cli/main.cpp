@@ -145,6 +145,13 @@ constexpr Command kCommands[] = {
      "in their text form (\"Zip:archive.zip:member\" for ZIP members); exit status 1 on Close. The\n"
      "browser is the program fennick-browse beside this one, which needs a desktop session.",
      fennick::cli::RunBrowse},
+    {"preferences", "fennick preferences",
+     "Opens the preference sheet, \"Fennick Preferences\": the Color Sort overlap, the Baste settings,\n"
+     "each writable format's conversion settings (largest hoop, splits, rotate, shrink, PES choices)\n"
+     "and the Tessimo resize settings. OK and Apply write them (see 'fennick settings list');\n"
+     "Cancel writes nothing. The sheet is the program fennick-preferences beside this one, which\n"
+     "needs a desktop session.",
+     fennick::cli::RunPreferences},
 };
 
 void PrintUsage(std::ostream& out) {

@@ -1,9 +1,14 @@
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
+#include <cstring>
+#include <filesystem>
 #include <iostream>
-#include <sys/stat.h>
 
 #include "archive/al_pk_archive.h"
 #include "cli/commands.h"
@@ -17,6 +22,21 @@ namespace fennick::cli {
 
 void ReportError(const std::string& subject, const std::string& cause) {
   std::cerr << "fennick: " << subject << ": " << cause << "\n";
+}
+
+int StartWindowProgram(const std::string& command, const std::string& program, const Arguments& arguments) {
+  // The one installed beside this program first, so that a build tree runs its own.
+  std::error_code error;
+  const std::filesystem::path self = std::filesystem::read_symlink("/proc/self/exe", error);
+  const std::filesystem::path beside = self.parent_path() / program;
+  std::vector<std::string> words{error || !std::filesystem::exists(beside) ? program : beside.string()};
+  words.insert(words.end(), arguments.begin(), arguments.end());
+  std::vector<char*> argv;
+  for (std::string& word : words) argv.push_back(word.data());
+  argv.push_back(nullptr);
+  execvp(argv[0], argv.data());
+  ReportError(command, "cannot start " + program + ": " + std::string(std::strerror(errno)));
+  return 1;
 }
 
 bool ParseCount(const std::string& text, int32_t& value) {

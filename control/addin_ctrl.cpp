@@ -63,20 +63,6 @@ int32_t ImportBlocks(const std::vector<std::string>& picked, const std::string& 
   return HandleList(handles);
 }
 
-// The save dialog's filter: every writable format, the design's own shown first.
-SaveDialogRequest SaveRequest(const DesignPath& path) {
-  SaveDialogRequest request;
-  std::vector<std::string> extensions;
-  WritableExtensions(&extensions);
-  for (size_t i = 0; i < extensions.size(); ++i) {
-    const std::string& lower = extensions[i];
-    request.filter += AsciiUpper(lower) + " files (*." + lower + ")|*." + lower + "|";
-    if (path.HasExtension(lower)) request.filterIndex = static_cast<int>(i) + 1;
-  }
-  request.fileTitle = path.GetStem().empty() ? path.GetFileName() : path.GetStem();
-  request.folder = PreferenceStore(PreferenceTree::kProfile).GetString("Directories", "SaveAs", "");
-  return request;
-}
 
 // Save and SaveAs, step by step.
 int32_t SaveThroughHost(int32_t hDesign, bool saveAs) {
@@ -90,7 +76,7 @@ int32_t SaveThroughHost(int32_t hDesign, bool saveAs) {
       path.ChangeExtension(host->GetSaveExtension());
       design.name = path.ToString();
     }
-    const std::optional<std::string> chosen = CurrentUserInterface().ChooseSaveName(SaveRequest(path));
+    const std::optional<std::string> chosen = CurrentUserInterface().ChooseSaveName(SaveAsRequest(path));
     if (!chosen) return 0;
     design.name = *chosen;
     path = DesignPath(design.name);
@@ -107,6 +93,20 @@ int32_t SaveThroughHost(int32_t hDesign, bool saveAs) {
 }
 
 }  // namespace
+
+SaveDialogRequest SaveAsRequest(const DesignPath& path) {
+  SaveDialogRequest request;
+  std::vector<std::string> extensions;
+  WritableExtensions(&extensions);
+  for (size_t i = 0; i < extensions.size(); ++i) {
+    const std::string& lower = extensions[i];
+    request.filter += AsciiUpper(lower) + " files (*." + lower + ")|*." + lower + "|";
+    if (path.HasExtension(lower)) request.filterIndex = static_cast<int>(i) + 1;
+  }
+  request.fileTitle = path.GetStem().empty() ? path.GetFileName() : path.GetStem();
+  request.folder = PreferenceStore(PreferenceTree::kProfile).GetString("Directories", "SaveAs", "");
+  return request;
+}
 
 CFennickAddinCtrl::CFennickAddinCtrl() { ++liveControls; }
 CFennickAddinCtrl::~CFennickAddinCtrl() { --liveControls; }

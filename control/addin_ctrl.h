@@ -9,6 +9,8 @@
 #include <string>
 
 #include "control/variant.h"
+#include "core/design_path.h"
+#include "core/user_interface.h"
 
 namespace fennick {
 
@@ -17,6 +19,10 @@ inline constexpr char kPropertyPageProgId[] = "FENNICKADDIN.FennickAddinPropPage
 inline constexpr char kControlTypeName[] = "FennickAddin Control";
 // The bar identifier of docking along the top of a frame.
 inline constexpr int32_t kDockingTop = 59419;
+
+// The save dialog of Save As: every writable format, the design's own shown
+// first, the name without extension, the folder of the last Save As.
+SaveDialogRequest SaveAsRequest(const DesignPath& path);
 
 class CFennickAddinCtrl {
  public:

@@ -170,7 +170,7 @@ void TakeDesigns() {
     settings.hoopWidth = settings.hoopHeight = 100000;
     SaveDesign(std::move(design), nullptr, 0, &settings);
   }
-  if (*openFolder) DesignPath(*folder + "/").Execute("open", "");
+  if (*openFolder) CurrentUserInterface().OpenWithDesktop(*folder);
 }
 
 int32_t SendWholeFile() {

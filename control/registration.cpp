@@ -29,9 +29,8 @@ bool RemoveEntry(const std::string& id) {
 
 fs::path ControlRegistrationFolder() {
   const char* data = std::getenv("XDG_DATA_HOME");
-  const char* home = std::getenv("HOME");
-  const fs::path root = data != nullptr && *data != '\0' ? fs::path(data)
-                                                         : fs::path(home != nullptr ? home : "") / ".local" / "share";
+  const fs::path root =
+      data != nullptr && *data != '\0' ? fs::path(data) : fs::path(HomeDirectory()) / ".local" / "share";
   return root / "fennick" / "controls";
 }
 

@@ -41,4 +41,8 @@ FileRead ReadWholeFile(const std::string& path, std::vector<uint8_t>& bytes, siz
 // link: the file it points to is replaced.
 bool WriteFileAtomic(const std::string& path, std::span<const uint8_t> bytes, std::string* error = nullptr);
 
+// The user's home folder: $HOME, else the password entry's; empty when
+// neither gives an absolute path.
+std::string HomeDirectory();
+
 }  // namespace fennick

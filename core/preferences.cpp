@@ -1,7 +1,6 @@
 #include "core/preferences.h"
 
 #include <fcntl.h>
-#include <pwd.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -56,18 +55,6 @@ constexpr size_t kStringBufferLimit = 255;
 // ---------------------------------------------------------------------------
 // Locations
 
-std::string HomeDirectory() {
-  const char* home = std::getenv("HOME");
-  if (home != nullptr && home[0] == '/') return home;
-  std::vector<char> buffer(16384);
-  passwd entry{};
-  passwd* found = nullptr;
-  if (getpwuid_r(getuid(), &entry, buffer.data(), buffer.size(), &found) == 0 && found != nullptr &&
-      found->pw_dir != nullptr && found->pw_dir[0] == '/') {
-    return found->pw_dir;
-  }
-  return {};
-}
 
 // Relative paths in the XDG variables are invalid and are ignored, as the
 // base directory rules ask.
@@ -373,25 +360,6 @@ constexpr std::array<ConversionSettings, 9> kBuiltInRows{{
     Row{6, 1, 1, 30000, 15, 140, 240, 1, 1, 10, 0, 1, 4, 0},   // XXX
     Row{7, 0, 0, 100000, 99, 300, 300, 1, 1, 10, 0, 1, 4, 0},  // EXP
     Row{8, 0, 1, 100000, 99, 150, 360, 1, 1, 10, 1, 1, 4, 0},  // VIP
-}};
-
-struct ConversionValue {
-  const char* suffix;
-  int32_t ConversionSettings::*word;
-};
-
-// In the order the values are read.
-constexpr std::array<ConversionValue, 10> kConversionValues{{
-    {"w", &ConversionSettings::hoopWidth},
-    {"h", &ConversionSettings::hoopHeight},
-    {"sc", &ConversionSettings::splitColors},
-    {"nc", &ConversionSettings::colorLimit},
-    {"ss", &ConversionSettings::splitStitches},
-    {"ns", &ConversionSettings::stitchLimit},
-    {"r", &ConversionSettings::rotate},
-    {"sh", &ConversionSettings::shrink},
-    {"shpct", &ConversionSettings::shrinkPercent},
-    {"both", &ConversionSettings::bothOrientations},
 }};
 
 // No exception leaves the store: any failure is the caller's default.

@@ -6,6 +6,7 @@
 // advisory lock), so several processes can share the files.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <filesystem>
 #include <string>
@@ -72,6 +73,26 @@ struct ConversionSettings {
   int32_t settingsFlag = 0;
   bool operator==(const ConversionSettings&) const = default;
 };
+
+// A format's value of section "Conversion": its name is the lower-case
+// extension followed by the suffix.
+struct ConversionValue {
+  const char* suffix;
+  int32_t ConversionSettings::*word;
+};
+// The ten per-format values, in the order ReadConversion reads them.
+inline constexpr std::array<ConversionValue, 10> kConversionValues{{
+    {"w", &ConversionSettings::hoopWidth},
+    {"h", &ConversionSettings::hoopHeight},
+    {"sc", &ConversionSettings::splitColors},
+    {"nc", &ConversionSettings::colorLimit},
+    {"ss", &ConversionSettings::splitStitches},
+    {"ns", &ConversionSettings::stitchLimit},
+    {"r", &ConversionSettings::rotate},
+    {"sh", &ConversionSettings::shrink},
+    {"shpct", &ConversionSettings::shrinkPercent},
+    {"both", &ConversionSettings::bothOrientations},
+}};
 
 // The built-in row of a format code 0 to 8; any other code gets the PES row.
 const ConversionSettings& BuiltInConversion(int formatCode);

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <mutex>
 
+#include "core/design_path.h"
 #include "core/text.h"
 
 namespace fennick {
@@ -33,6 +34,12 @@ HeadlessInterface headless;
 std::atomic<UserInterface*> injected{nullptr};
 
 }  // namespace
+
+bool UserInterface::OpenWithDesktop(const std::string& path) {
+  DesignPath target;
+  target.SplitName(path);
+  return target.Execute("open", "");
+}
 
 MessageAnswer SafeAnswer(MessageButtons buttons) {
   switch (buttons) {

@@ -11,6 +11,8 @@
 
 namespace fennick {
 
+class Design;
+
 enum class MessageButtons { kOk, kOkCancel, kYesNo, kYesNoCancel };
 enum class MessageAnswer { kOk, kCancel, kYes, kNo };
 
@@ -56,6 +58,12 @@ class UserInterface {
   virtual std::optional<std::string> ChooseFolder(const std::string& /*title*/, const std::string& /*start*/) {
     return std::nullopt;
   }
+  // The Reduce Needles dialog over `design`: true, with the reduced design in
+  // `result`, when it ended with OK and a colour was removed.
+  virtual bool ReduceNeedles(const Design& /*design*/, Design& /*result*/) { return false; }
+  // Opens a file or folder with the desktop's default application; true
+  // when that started.
+  virtual bool OpenWithDesktop(const std::string& path);
   virtual FontHeights StockFontHeights() { return {}; }
 };
 

@@ -27,32 +27,11 @@ void PrintTo(const Variant& value, std::ostream* out) {
 
 namespace {
 
+using test::ScriptedUser;
 namespace fs = std::filesystem;
 using Texts = std::vector<std::string>;
 using Args = DispatchArguments;
 
-// Picks `picks`, answers every question with `answer`, chooses `saveName`, and
-// keeps what the dialogs were asked.
-class ScriptedUser : public test::Messages {
- public:
-  MessageAnswer ShowMessage(const std::string& text, const std::string& caption, MessageButtons shown) override {
-    Messages::ShowMessage(text, caption, shown);
-    buttons.push_back(shown);
-    return answer;
-  }
-  std::vector<std::string> ChooseDesigns() override { return picks; }
-  std::optional<std::string> ChooseSaveName(const SaveDialogRequest& request) override {
-    requests.push_back(request);
-    return saveName;
-  }
-  void ShowPreferences(const std::string& title) override { sheets.push_back(title); }
-  FontHeights StockFontHeights() override { return {21, 34}; }
-  MessageAnswer answer = MessageAnswer::kYes;
-  Texts picks, sheets;
-  std::optional<std::string> saveName;
-  std::vector<MessageButtons> buttons;
-  std::vector<SaveDialogRequest> requests;
-};
 
 std::string Sample(const std::string& name) { return std::string(FENNICK_TEST_DATA) + "/" + name; }
 

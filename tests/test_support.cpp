@@ -6,6 +6,8 @@
 #include <stdexcept>
 #include <unistd.h>
 
+#include "tools/reduce_needles.h"
+
 namespace fennick::test {
 
 namespace {
@@ -75,6 +77,17 @@ std::vector<uint8_t> ScratchFolder::Read(const std::string& name) const { return
 void ScratchFolder::Write(const std::string& name, const std::vector<uint8_t>& bytes) const {
   std::ofstream file(path_ / name, std::ios::binary);
   file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+}
+
+bool ScriptedUser::ReduceNeedles(const Design& design, Design& result) {
+  if (!needles) return false;
+  ReduceNeedlesModel dialog;
+  dialog.Open(design);
+  dialog.SetEditText(std::to_string(*needles));
+  std::optional<Design> reduced = dialog.Accept();
+  if (!reduced) return false;
+  result = std::move(*reduced);
+  return true;
 }
 
 }  // namespace fennick::test

@@ -153,6 +153,37 @@ class Messages : public QuietUserInterface {
   std::vector<std::string> lines, captions;
 };
 
+// Picks `picks`, answers every question with `answer`, chooses `saveName`,
+// reduces to `needles` colours in the Reduce Needles dialog (Cancel without),
+// and keeps what the dialogs were asked and what was opened.
+class ScriptedUser : public Messages {
+ public:
+  MessageAnswer ShowMessage(const std::string& text, const std::string& caption, MessageButtons shown) override {
+    Messages::ShowMessage(text, caption, shown);
+    buttons.push_back(shown);
+    return answer;
+  }
+  std::vector<std::string> ChooseDesigns() override { return picks; }
+  std::optional<std::string> ChooseSaveName(const SaveDialogRequest& request) override {
+    requests.push_back(request);
+    return saveName;
+  }
+  void ShowPreferences(const std::string& title) override { sheets.push_back(title); }
+  FontHeights StockFontHeights() override { return {21, 34}; }
+  bool ReduceNeedles(const Design& design, Design& result) override;
+  bool OpenWithDesktop(const std::string& path) override {
+    opened.push_back(path);
+    return true;
+  }
+  std::optional<int> needles;
+  std::vector<std::string> opened;
+  MessageAnswer answer = MessageAnswer::kYes;
+  std::vector<std::string> picks, sheets;
+  std::optional<std::string> saveName;
+  std::vector<MessageButtons> buttons;
+  std::vector<SaveDialogRequest> requests;
+};
+
 // A fresh folder under the system's temporary folder, removed at the end. For
 // its lifetime it is $HOME, $XDG_CONFIG_HOME is its "config" and
 // $XDG_CONFIG_DIRS its "etc1" and "etc2", so that preferences start empty.

@@ -3,19 +3,9 @@
 #include <QMetaObject>
 #include <QPixmap>
 
+#include "control/ui/blit.h"
+
 namespace fennick {
-namespace {
-
-QImage ToImage(const StitchBitmap& bitmap) {
-  QImage image(bitmap.width, bitmap.height, QImage::Format_RGB32);
-  for (int32_t y = 0; y < bitmap.height; ++y) {
-    auto* line = reinterpret_cast<uint32_t*>(image.scanLine(y));
-    for (int32_t x = 0; x < bitmap.width; ++x) line[x] = 0xFF000000u | bitmap.pixels[static_cast<size_t>(y) * static_cast<size_t>(bitmap.width) + static_cast<size_t>(x)];
-  }
-  return image;
-}
-
-}  // namespace
 
 BrowserListModel::BrowserListModel(QObject* parent) : QAbstractListModel(parent) {
   model_.SetListener(this);
@@ -26,7 +16,7 @@ BrowserListModel::BrowserListModel(QObject* parent) : QAbstractListModel(parent)
       },
       [this](const ThumbnailRequest& request, std::optional<StitchBitmap> picture) {
         QImage image;
-        if (picture) image = picture->valid ? ToImage(*picture) : StockPicture(request.size);
+        if (picture) image = picture->valid ? ToQImage(*picture) : StockPicture(request.size);
         // The list belongs to the interface thread: the picture goes there queued.
         QMetaObject::invokeMethod(
             this, [this, request, image] { AddPicture(request, image); },

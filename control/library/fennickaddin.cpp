@@ -13,17 +13,21 @@
 #include <vector>
 
 #include <QApplication>
+#include <QPointer>
 
 #include "control/addin_app.h"
 #include "control/addin_ctrl.h"
+#include "control/design_commands.h"
 #include "control/host_automation.h"
 #include "control/registration.h"
 #include "control/ui/qt_user_interface.h"
+#include "control/ui/tool_bar_dialog.h"
 #include "core/global_memory.h"
 #include "core/user_interface.h"
 
 struct FennickControl {
   fennick::CFennickAddinCtrl control;
+  QPointer<fennick::ToolBarDialog> toolBar;  // the host's parent may delete it first
 };
 
 namespace {
@@ -236,7 +240,11 @@ int32_t DllCanUnloadNow(void) { return fennick::CFennickAddinCtrl::LiveCount() =
 
 FennickControl* FennickCreateControl(void) { return CreateControl(); }
 
-void FennickDestroyControl(FennickControl* control) { delete control; }
+void FennickDestroyControl(FennickControl* control) {
+  if (control == nullptr) return;
+  delete control->toolBar.data();
+  delete control;
+}
 
 int32_t FennickInvoke(FennickControl* control, int32_t dispatchId, const FennickVariant* arguments, int32_t count,
                       FennickVariant* result, int32_t put) {
@@ -258,6 +266,37 @@ void FennickVariantClear(FennickVariant* variant) {
   if (variant == nullptr) return;
   if (variant->type == FENNICK_VT_BSTR) delete[] variant->text;
   *variant = {};
+}
+
+void* FennickCreateToolBar(FennickControl* control, void* parent) {
+  if (control == nullptr || qobject_cast<QApplication*>(QCoreApplication::instance()) == nullptr) return nullptr;
+  try {
+    if (control->toolBar == nullptr) {
+      control->toolBar = new fennick::ToolBarDialog(control->control, static_cast<QWidget*>(parent));
+      control->toolBar->show();
+    }
+    return control->toolBar.data();
+  } catch (...) {
+    return nullptr;
+  }
+}
+
+int32_t FennickSendCommand(FennickControl* control, int32_t commandId) {
+  if (control == nullptr || control->toolBar == nullptr) return 0;
+  try {
+    return control->toolBar->Command(commandId) ? 1 : 0;
+  } catch (...) {
+    return 0;
+  }
+}
+
+int32_t FennickCommandText(int32_t commandId, int32_t tip, char* buffer, int32_t size) {
+  const fennick::DesignCommand* command = fennick::FindDesignCommand(commandId);
+  if (command == nullptr || buffer == nullptr || size <= 0) return 0;
+  const std::string text = tip != 0 ? fennick::TipText(command->resource) : command->name;
+  std::strncpy(buffer, text.c_str(), static_cast<size_t>(size));
+  buffer[size - 1] = '\0';
+  return 1;
 }
 
 void FennickRegisterHost(const FennickHostCallbacks* host) {

@@ -2,12 +2,15 @@
 
 #include <QApplication>
 #include <QCheckBox>
+#include <QFileDialog>
 #include <QMessageBox>
 #include <QMetaObject>
 #include <QThread>
 
 #include "browser/ui/folder_dialog.h"
 #include "browser/ui/import_design_dialog.h"
+#include "control/ui/prop_sheet.h"
+#include "control/ui/reduce_needles_dialog.h"
 
 namespace fennick {
 namespace {
@@ -28,6 +31,17 @@ MessageAnswer AnswerOf(int button) {
     case QMessageBox::Yes: return MessageAnswer::kYes;
     case QMessageBox::No: return MessageAnswer::kNo;
     default: return MessageAnswer::kOk;
+  }
+}
+
+// The name filters of "text|pattern|" pairs, and the extension of each.
+void ParseFilter(const std::string& filter, QStringList& names, QStringList& extensions) {
+  const QStringList parts = QString::fromStdString(filter).split('|');
+  for (qsizetype i = 0; i + 1 < parts.size(); i += 2) {
+    if (parts[i].isEmpty()) break;
+    names << parts[i];
+    const QString pattern = parts[i + 1];
+    extensions << pattern.mid(pattern.lastIndexOf('.') + 1);
   }
 }
 
@@ -66,6 +80,30 @@ std::vector<std::string> QtUserInterface::ChooseDesigns() {
   return dialog.selected;
 }
 
+std::optional<std::string> QtUserInterface::ChooseSaveName(const SaveDialogRequest& request) {
+  QStringList names;
+  QStringList extensions;
+  ParseFilter(request.filter, names, extensions);
+  QFileDialog dialog(QApplication::activeWindow());
+  dialog.setAcceptMode(QFileDialog::AcceptSave);
+  dialog.setFileMode(QFileDialog::AnyFile);
+  dialog.setNameFilters(names);
+  if (!request.folder.empty()) dialog.setDirectory(QString::fromStdString(request.folder));
+  dialog.selectFile(QString::fromStdString(request.fileTitle));
+  // A name typed without extension takes the one of the format shown.
+  const auto follow = [&](const QString& name) {
+    const qsizetype index = names.indexOf(name);
+    if (index >= 0) dialog.setDefaultSuffix(extensions[index]);
+  };
+  QObject::connect(&dialog, &QFileDialog::filterSelected, follow);
+  if (request.filterIndex >= 1 && request.filterIndex <= names.size()) {
+    dialog.selectNameFilter(names[request.filterIndex - 1]);
+    follow(names[request.filterIndex - 1]);
+  }
+  if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return std::nullopt;
+  return dialog.selectedFiles().front().toStdString();
+}
+
 std::optional<bool> QtUserInterface::AskWithCheckBox(const std::string& caption, const std::string& text,
                                                      const std::string& checkBox, bool checked) {
   QMessageBox box(QMessageBox::NoIcon, QString::fromStdString(caption), QString::fromStdString(text),
@@ -79,6 +117,15 @@ std::optional<bool> QtUserInterface::AskWithCheckBox(const std::string& caption,
 
 std::optional<std::string> QtUserInterface::ChooseFolder(const std::string& title, const std::string& start) {
   return FolderDialog::Choose(title, start, QApplication::activeWindow());
+}
+
+void QtUserInterface::ShowPreferences(const std::string& title) {
+  SPropSheet sheet(QString::fromStdString(title), QApplication::activeWindow());
+  sheet.exec();
+}
+
+bool QtUserInterface::ReduceNeedles(const Design& design, Design& result) {
+  return SVReduceNeedleDlg::Run(design, result, QApplication::activeWindow());
 }
 
 }  // namespace fennick

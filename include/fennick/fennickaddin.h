@@ -69,6 +69,38 @@ FENNICK_API int32_t FennickInvoke(FennickControl* control, int32_t dispatchId, c
 /* Frees a result's text and empties the variant. */
 FENNICK_API void FennickVariantClear(FennickVariant* variant);
 
+/* ---- The control's window (hosts with a Qt 6 application) ---- */
+
+/* The control's tool bar window, made on the first call: a QWidget* under
+ * `parent` (a QWidget* of the host, or NULL for a window of its own). It
+ * lives until the control is destroyed, and while it lives tool packs talk
+ * to the control on the session bus. NULL without a QApplication. Its width
+ * and height are the properties Width and Height. */
+FENNICK_API void* FennickCreateToolBar(FennickControl* control, void* parent);
+
+/* Design commands a host sends the tool bar window; each works on the host's
+ * current design through the host's callbacks. */
+enum FennickCommand {
+  FENNICK_CMD_SAVE = 206,
+  FENNICK_CMD_OPEN = 207,
+  FENNICK_CMD_NEW = 208,
+  FENNICK_CMD_AUTO_BASTE = 32768,
+  FENNICK_CMD_COLOR_SORT = 32769,
+  FENNICK_CMD_NOTES = 32770,
+  FENNICK_CMD_BITMAP = 32771,
+  FENNICK_CMD_REDUCE_NEEDLES = 32772,
+  FENNICK_CMD_PREFERENCES = 32773,
+  FENNICK_CMD_FIT_HOOP = 32786
+};
+/* Sends command `commandId` (a FennickCommand, or a tool button's 32787 to
+ * 32806) to the tool bar window. Non-zero when the window answers it; 0
+ * without a window or for another id. */
+FENNICK_API int32_t FennickSendCommand(FennickControl* control, int32_t commandId);
+/* The text of a command for a menu or a tip: "New", "Open", ... into
+ * `buffer`; its tip (the part after the line feed of its string) when `tip`
+ * is non-zero. 0 for an unknown id. */
+FENNICK_API int32_t FennickCommandText(int32_t commandId, int32_t tip, char* buffer, int32_t size);
+
 /* ---- The host the control calls back (dispatch ids 2 to 12) ---- */
 
 /* String results are written into `buffer` of `size` bytes, zero-terminated.

@@ -235,7 +235,7 @@ TEST_F(BrowserWindow, TheControlsFileImportOpensTheBrowser) {
   GlobalFree(list);
 }
 
-// Pictures for docs/, taken under a real X server by scripts/browser_screenshots.sh.
+// Pictures for docs/, taken under a real X server by scripts/screenshots.sh.
 TEST_F(BrowserWindow, Screenshots) {
   const char* folder = std::getenv("FENNICK_SCREENSHOTS");
   if (folder == nullptr || QGuiApplication::platformName() != "xcb") GTEST_SKIP() << "needs X and FENNICK_SCREENSHOTS";
@@ -249,7 +249,7 @@ TEST_F(BrowserWindow, Screenshots) {
     ASSERT_TRUE(WaitUntil([&] { return dialog.Frame().List().DrawnCount() >= dialog.Frame().List().rowCount(); }));
     QTest::qWait(300);
     const QPixmap picture = dialog.screen()->grabWindow(dialog.winId());
-    ASSERT_TRUE(picture.save(QString::fromStdString(std::string(folder) + "/" + name)));
+    ASSERT_TRUE(picture.save(QString::fromStdString(std::string(folder) + "/browser/" + name)));
   };
   PreferenceStore().SetInt(kBrowserSection, "previewSize", 128);
   for (const bool threeD : {true, false}) {
@@ -273,11 +273,3 @@ TEST_F(BrowserWindow, Screenshots) {
 
 }  // namespace
 }  // namespace fennick
-
-int main(int argc, char** argv) {
-  // Listing the tests at build time has no display either.
-  if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
-  QApplication application(argc, argv);
-  testing::InitGoogleTest(&argc, argv);
-  return RUN_ALL_TESTS();
-}
