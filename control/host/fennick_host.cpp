@@ -2,10 +2,15 @@
 // control's tool bar.
 #include <QApplication>
 #include <cstdio>
+#include <cstring>
 
 #include "control/host/host_window.h"
 
 int main(int argc, char** argv) {
+  if (argc > 1 && (std::strcmp(argv[1], "--help") == 0 || std::strcmp(argv[1], "-h") == 0)) {
+    std::puts("usage: fennick-host [FILE]\n\nA design page with the Fennick control's tool bar; FILE is opened on it.");
+    return 0;
+  }
   QApplication application(argc, argv);
   QApplication::setApplicationName("fennick-host");
   fennick::HostWindow window;

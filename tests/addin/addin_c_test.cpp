@@ -84,6 +84,17 @@ TEST_F(AddinC, TheModuleMakesControlsAndRegistersItself) {
   EXPECT_FALSE(fs::exists(entry));
 }
 
+TEST_F(AddinC, CommandsHaveTheirTextsAndNeedTheWindow) {
+  char text[64];
+  ASSERT_EQ(FennickCommandText(FENNICK_CMD_REDUCE_NEEDLES, 0, text, sizeof text), 1);
+  EXPECT_STREQ(text, "Reduce Needles");
+  ASSERT_EQ(FennickCommandText(FENNICK_CMD_REDUCE_NEEDLES, 1, text, 8), 1);
+  EXPECT_STREQ(text, "Reduce ") << "the tip, cut to the buffer";
+  EXPECT_EQ(FennickCommandText(32787, 0, text, sizeof text), 0);
+  EXPECT_EQ(FennickCreateToolBar(control_, nullptr), nullptr) << "no QApplication runs here";
+  EXPECT_EQ(FennickSendCommand(control_, FENNICK_CMD_NEW), 0);
+}
+
 TEST_F(AddinC, InvokeTakesAndGivesVariants) {
   FennickVariant result{};
   ASSERT_EQ(FennickInvoke(control_, 3, nullptr, 0, &result, 0), 0);

@@ -93,6 +93,11 @@ if(at EQUAL -1)
   message(FATAL_ERROR "the tool key does not list the installed pack:\n${key}")
 endif()
 
+# The window programs find the control library under the prefix.
+foreach(program fennick-host fennick-preferences)
+  step("running the installed ${program}" "${prefix}/${BINDIR}/${program}" --help)
+endforeach()
+
 # C++: find_package from the staging prefix alone, then build and run.
 set(cxx "${WORK_DIR}/cxx")
 step("configuring the C++ project" "${CMAKE_COMMAND}" -S "${here}/cxx" -B "${cxx}" -G "${GENERATOR}"
