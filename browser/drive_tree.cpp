@@ -13,8 +13,6 @@
 namespace fennick {
 namespace {
 
-std::string WithSlash(const std::string& path) { return !path.empty() && path.back() == '/' ? path : path + "/"; }
-
 // A folder name as a label edit may give it: one level, no way up or across.
 bool IsFolderName(const std::string& text) {
   return !text.empty() && text != "." && text != ".." && text.find('/') == std::string::npos;

@@ -16,8 +16,6 @@ namespace fs = std::filesystem;
 namespace fennick {
 namespace {
 
-std::string WithSlash(const std::string& path) { return !path.empty() && path.back() == '/' ? path : path + "/"; }
-
 // udev writes a blank in a link name as "\x20".
 std::string UnescapeUdevName(const std::string& name) {
   std::string text;
@@ -64,6 +62,8 @@ void ForEachSubfolder(const std::string& path, Visit visit) {
 }
 
 }  // namespace
+
+std::string WithSlash(const std::string& path) { return !path.empty() && path.back() == '/' ? path : path + "/"; }
 
 std::string DriveSources::HomeFolder() const {
   std::string folder = home;

@@ -41,6 +41,8 @@ struct DriveRoot {
 // True for a mount point under /media, /run/media or /mnt: a volume that the
 // tree shows as a root of its own.
 bool IsVolumePoint(const std::string& point);
+// A folder's path ending in '/'.
+std::string WithSlash(const std::string& path);
 // The image of a drive kind, or -1 for a kind that gets no item.
 int DriveImage(DriveType type);
 

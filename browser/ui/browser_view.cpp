@@ -55,10 +55,23 @@ void BrowserView::paintEvent(QPaintEvent* event) {
 }
 
 void BrowserView::UpdateRowsInView() {
-  // The items in view are one run of rows: the list flows row after row.
+  // The items in view are one run of rows: the list flows line after line, so
+  // the tops of the rows never decrease. Halving finds the first row below
+  // the view's top; the line before it may still reach into view.
   const QRect shown = viewport()->rect();
+  const auto top = [this](int row) { return visualRect(model_.index(row)).top(); };
+  int low = 0, high = model_.rowCount();
+  while (low < high) {
+    const int middle = low + (high - low) / 2;
+    if (top(middle) <= shown.top()) {
+      low = middle + 1;
+    } else {
+      high = middle;
+    }
+  }
+  while (low > 0 && visualRect(model_.index(low - 1)).bottom() >= shown.top()) --low;
   int first = -1, last = -2;
-  for (int row = 0; row < model_.rowCount(); ++row) {
+  for (int row = low; row < model_.rowCount(); ++row) {
     if (!visualRect(model_.index(row)).intersects(shown)) {
       if (first >= 0) break;
       continue;
