@@ -5,7 +5,9 @@
 #include <filesystem>
 #include <set>
 #include <string_view>
+#include <linux/magic.h>
 #include <sys/stat.h>
+#include <sys/statfs.h>
 #include <unistd.h>
 
 #include "core/file_io.h"
@@ -45,18 +47,42 @@ std::string DiskLinkName(const MountEntry& mount, const DriveSources& sources, c
   return {};
 }
 
+// The kernel's own file systems (processes, devices, control groups) hold no
+// designs, and /proc alone has thousands of folders that change as they are read.
+bool IsKernelFileSystem(const std::string& folder) {
+  struct statfs about {};
+  if (statfs(folder.c_str(), &about) != 0) return false;
+  switch (static_cast<unsigned long>(about.f_type)) {
+    case PROC_SUPER_MAGIC:
+    case SYSFS_MAGIC:
+    case DEVPTS_SUPER_MAGIC:
+    case CGROUP_SUPER_MAGIC:
+    case CGROUP2_SUPER_MAGIC:
+    case DEBUGFS_MAGIC:
+    case TRACEFS_MAGIC:
+    case SECURITYFS_MAGIC:
+    case PSTOREFS_MAGIC:
+    case BPF_FS_MAGIC: return true;
+    default: return false;
+  }
+}
+
 // Calls `visit` with each subfolder's name until it returns false. Links are
 // left out: one that leads back up would make a recursive tick read forever.
 template <class Visit>
 void ForEachSubfolder(const std::string& path, Visit visit) {
+  struct stat parent {};
+  if (stat(path.c_str(), &parent) != 0) return;
   std::error_code error;
   for (fs::directory_iterator it(path, fs::directory_options::skip_permission_denied, error), end;
        !error && it != end; it.increment(error)) {
     const std::string name = it->path().filename().string();
-    std::error_code statError;
-    if (name.empty() || name.front() == '.' || it->symlink_status(statError).type() != fs::file_type::directory) {
+    struct stat child {};
+    if (name.empty() || name.front() == '.' || lstat(it->path().c_str(), &child) != 0 || !S_ISDIR(child.st_mode)) {
       continue;
     }
+    // Only a mount point can start another file system.
+    if (child.st_dev != parent.st_dev && IsKernelFileSystem(it->path().string())) continue;
     if (!visit(name)) return;
   }
 }

@@ -2,6 +2,7 @@
 // /sys trees, and the folder dialog's checks.
 #include <cerrno>
 #include <cstdlib>
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <unistd.h>
@@ -105,6 +106,14 @@ TEST(DrivesTest, SubfoldersSkipHiddenFilesAndLinksInCaseBlindOrder) {
   EXPECT_TRUE(HasSubfolders(scratch.File("")));
   EXPECT_FALSE(HasSubfolders(scratch.File("onlyhidden")));
   EXPECT_FALSE(HasSubfolders(scratch.File("missing")));
+  // The kernel's file systems are no place for designs: /proc, /sys.
+  const std::vector<std::string> top = ListSubfolders("/");
+  for (const auto& [kernel, inside] : {std::pair("proc", "self"), std::pair("sys", "kernel")}) {
+    if (fs::exists(fs::path("/") / kernel / inside)) {
+      EXPECT_EQ(std::count(top.begin(), top.end(), kernel), 0) << kernel;
+    }
+  }
+  EXPECT_EQ(std::count(top.begin(), top.end(), "usr"), 1);
 }
 
 TEST(DrivesTest, MediumSameFollowsTheSerialOfChangeableMedia) {
