@@ -88,14 +88,16 @@ TEST_F(HostTest, DesignCommandsFromTheHostChangeThePage) {
 }
 
 TEST_F(HostTest, SaveAsWritesAFileThatReadsBack) {
-  const std::string target = scratch.File("saved.dst");
-  // The person at the save dialog types a name and presses Save.
+  // The design's own format is offered first; a name typed without extension takes its extension.
+  const std::string target = scratch.File("saved.pes");
   QTimer::singleShot(0, [&] {
     ASSERT_TRUE(WaitUntil([] { return qobject_cast<QFileDialog*>(QApplication::activeModalWidget()) != nullptr; }));
     auto* dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+    EXPECT_EQ(dialog->selectedNameFilter(), "PES files (*.pes)");
+    EXPECT_TRUE(dialog->nameFilters().contains("DST files (*.dst)"));
     auto* name = dialog->findChild<QLineEdit*>("fileNameEdit");
     ASSERT_NE(name, nullptr);
-    name->setText(QString::fromStdString(target));
+    name->setText(QString::fromStdString(scratch.File("saved")));
     QTest::keyClick(name, Qt::Key_Return);
   });
   const size_t stitches = Page().stitches.Size();
