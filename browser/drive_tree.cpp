@@ -225,10 +225,19 @@ bool DriveTree::RenameFolder(TreeItem item, const std::string& text) {
   const std::string parent = ItemPath(Parent(item));
   if (IsFolderName(text) && fennick::RenameFolder(parent + old, parent + text) == 0) {
     SetText(item, text);
+    RelistBranch(item);
     return true;
   }
   SetText(item, old);  // the view's edited label goes back to the folder's name
   return false;
+}
+
+void DriveTree::RelistBranch(TreeItem item) {
+  if (IsTicked(State(item))) {
+    RemoveFromList(item);
+    AddToList(item);
+  }
+  for (const TreeItem child : Children(item)) RelistBranch(child);
 }
 
 bool DriveTree::DeleteFolder(TreeItem item) {

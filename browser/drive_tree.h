@@ -47,7 +47,8 @@ class DriveTree : public TickTree {
 
   // Makes a free "New Folder" under the item and selects it; 0 on failure.
   TreeItem NewFolder(TreeItem item);
-  // Renames the folder on disk; on failure the label is set back.
+  // Renames the folder on disk, and the designs of its ticked folders are
+  // listed again under their new paths; on failure the label is set back.
   bool RenameFolder(TreeItem item, const std::string& text);
   // Deletes the folder from disk and the tree; never a root.
   bool DeleteFolder(TreeItem item);
@@ -70,6 +71,7 @@ class DriveTree : public TickTree {
   void DeleteChildren(TreeItem item);
   void ResetToDummy(TreeItem item);
   void Drop(TreeItem item);
+  void RelistBranch(TreeItem item);
   void Reread(TreeItem item, const std::string& path);
   TreeItem MediumItem(TreeItem item, const std::string& path) const;
   TreeItem Descend(TreeItem item, const std::string& rest);

@@ -172,7 +172,13 @@ TEST_F(DriveTreeTest, RefreshAndFolderCommandsFollowTheDisk) {
   drives.NewFolder(Child(root, "beta"));
   EXPECT_EQ(Texts(Child(root, "beta")), (Names{"New Folder", "sub"}));
   EXPECT_EQ(drives.Text(drives.NewFolder(alpha)), "New Folder(2)");
+  // A ticked folder renamed lists its designs again under the new name.
+  drives.Click(made, TreeHit::kTickBox, false);
+  sink.added.clear();
+  sink.removed.clear();
   EXPECT_TRUE(drives.RenameFolder(made, "Renamed") && fs::is_directory(home + "Alpha/Renamed"));
+  EXPECT_EQ(sink.removed, std::vector<TreeItem>{made});
+  EXPECT_EQ(sink.added, (std::vector<std::pair<TreeItem, std::string>>{{made, home + "Alpha/Renamed/"}}));
   for (const char* text : {"New Folder(2)", "a/b", ""}) {
     EXPECT_FALSE(drives.RenameFolder(made, text)) << text;
     EXPECT_EQ(drives.Text(made), "Renamed");
