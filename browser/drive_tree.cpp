@@ -38,6 +38,26 @@ int DriveTree::BuildDrives() {
   return static_cast<int>(Children(0).size());
 }
 
+int DriveTree::SyncRoots() {
+  std::vector<DriveRoot> roots = BuildDriveRoots(sources_);
+  const auto listed = [&roots](const std::string& path) {
+    return std::any_of(roots.begin(), roots.end(), [&path](const DriveRoot& root) { return root.path == path; });
+  };
+  for (const TreeItem item : std::vector<TreeItem>(Children(0))) {
+    if (!listed(Text(item))) Drop(item);
+  }
+  for (size_t index = 0; index < roots.size(); ++index) {
+    const std::vector<TreeItem>& shown = Children(0);
+    if (std::any_of(shown.begin(), shown.end(), [&](TreeItem item) { return Text(item) == roots[index].path; })) {
+      continue;
+    }
+    const TreeItem item = InsertAt(0, index, roots[index].path, roots[index].image, roots[index].image);
+    if (roots[index].dummyChild) Insert(item, "");
+  }
+  media_ = MediumState(std::move(roots), sources_);
+  return static_cast<int>(Children(0).size());
+}
+
 std::string DriveTree::ItemPath(TreeItem item) const {
   std::vector<TreeItem> chain;
   for (TreeItem up = item; up != 0 && Contains(up); up = Parent(up)) chain.push_back(up);

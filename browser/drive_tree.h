@@ -30,6 +30,10 @@ class DriveTree : public TickTree {
   // Builds the roots afresh, each with a dummy child (an empty text) where it
   // shows a button before it is read; returns how many.
   int BuildDrives();
+  // Takes the roots to the mount table as it now is: a root gone goes with
+  // its designs, a new one takes its place; the others keep their branches
+  // and ticks. Returns how many roots there are.
+  int SyncRoots();
   // The item's folder, ending in '/': the texts from the root down.
   std::string ItemPath(TreeItem item) const;
   // Adds the subfolders of `path` under `item`; returns how many.

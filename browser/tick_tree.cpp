@@ -25,6 +25,16 @@ TickTree::Node& TickTree::At(TreeItem item) { return items_.at(item); }
 const TickTree::Node& TickTree::At(TreeItem item) const { return items_.at(item); }
 
 TreeItem TickTree::Insert(TreeItem parent, const std::string& text, bool sorted, int image, int selectedImage) {
+  const std::vector<TreeItem>& siblings = parent == 0 ? roots_ : At(parent).children;
+  auto where = siblings.end();
+  if (sorted) {
+    where = std::find_if(siblings.begin(), siblings.end(),
+                         [&](TreeItem sibling) { return SortsAbove(At(sibling).text, text); });
+  }
+  return InsertAt(parent, static_cast<size_t>(where - siblings.begin()), text, image, selectedImage);
+}
+
+TreeItem TickTree::InsertAt(TreeItem parent, size_t index, const std::string& text, int image, int selectedImage) {
   std::vector<TreeItem>& siblings = parent == 0 ? roots_ : At(parent).children;
   const TreeItem item = NewHandle();
   Node node;
@@ -33,12 +43,7 @@ TreeItem TickTree::Insert(TreeItem parent, const std::string& text, bool sorted,
   node.image = image;
   node.selectedImage = selectedImage;
   items_.emplace(item, std::move(node));
-  auto where = siblings.end();
-  if (sorted) {
-    where = std::find_if(siblings.begin(), siblings.end(),
-                         [&](TreeItem sibling) { return SortsAbove(At(sibling).text, text); });
-  }
-  siblings.insert(where, item);
+  siblings.insert(siblings.begin() + static_cast<std::ptrdiff_t>(std::min(index, siblings.size())), item);
   if (observer_ != nullptr) observer_->ItemInserted(item);
   return item;
 }

@@ -57,6 +57,8 @@ class TickTree {
   // sibling whose text sorts above, without regard to case.
   TreeItem Insert(TreeItem parent, const std::string& text, bool sorted = false, int image = 0,
                   int selectedImage = 0);
+  // Adds a child of `parent` at place `index` among its siblings (last when past them).
+  TreeItem InsertAt(TreeItem parent, size_t index, const std::string& text, int image, int selectedImage);
   // Deletes the item with its subtree; no tick changes and nothing leaves the list.
   void Delete(TreeItem item);
   void DeleteAll();

@@ -141,20 +141,8 @@ void DriveTreeView::MountsChanged() {
   MountSnapshot now = MountSnapshot::Read(drives_.Sources());
   const RootChanges changes = CompareSnapshots(mounts_, now);
   mounts_ = std::move(now);
-  if (!changes.added.empty() || !changes.removed.empty()) {
-    RebuildRoots();
-    return;
-  }
+  if (!changes.added.empty() || !changes.removed.empty()) drives_.SyncRoots();
   for (const std::string& root : changes.changed) drives_.RefreshDrive(root);
-}
-
-// The roots are only known whole, so they are built anew; the selected
-// folder is opened again when it is still there.
-void DriveTreeView::RebuildRoots() {
-  const TreeItem selected = drives_.Selected();
-  const std::string path = selected != 0 ? drives_.ItemPath(selected) : std::string();
-  drives_.BuildDrives();
-  if (!path.empty()) drives_.OpenPath(path, true);
 }
 
 }  // namespace fennick

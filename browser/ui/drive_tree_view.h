@@ -35,7 +35,7 @@ class DriveTreeView : public TickTreeView {
   // A folder command on the selected folder.
   void RunCommand(int command);
   // Reads the mount table again: roots on a changed mount are read again,
-  // and roots that came or went rebuild the top level.
+  // roots that came or went are added or taken away, the others keep their ticks.
   void MountsChanged();
 
  protected:
@@ -47,7 +47,6 @@ class DriveTreeView : public TickTreeView {
  private:
   void BeginRename(TreeItem item);
   void LabelEdited(QTreeWidgetItem* viewItem);
-  void RebuildRoots();
 
   DriveTree& drives_;
   MountSnapshot mounts_;

@@ -120,17 +120,22 @@ TEST_F(DriveTreeWindow, FolderCommandsOfTheContextMenu) {
 }
 
 TEST_F(DriveTreeWindow, MediaChangesFollowTheMountTable) {
-  tree->OpenPath(home + "/projects", true);
+  const TreeItem projects = tree->OpenPath(home + "/projects", true);
+  tree->Click(projects, TreeHit::kTickBox, false);
   Mount(std::string(kDisk) + "40 20 8:17 / /media/ann/CARD rw - vfat /dev/sdb1 rw\n");
   view->MountsChanged();
   EXPECT_EQ(Texts(0), (Names{"/", home + "/", "/media/ann/CARD/"}));
   EXPECT_EQ(view->topLevelItemCount(), 3);
-  EXPECT_EQ(Selected(), home + "/projects/") << "the selection survives new roots";
+  EXPECT_EQ(view->topLevelItem(2)->text(0), "/media/ann/CARD/");
+  EXPECT_EQ(tree->Selected(), projects) << "the selection survives new roots";
+  EXPECT_TRUE(IsTicked(tree->State(projects))) << "and so do the ticks";
 
   Mount(kDisk);
   view->MountsChanged();
   EXPECT_EQ(Texts(0), (Names{"/", home + "/"}));
-  EXPECT_EQ(Selected(), home + "/projects/");
+  EXPECT_EQ(view->topLevelItemCount(), 2);
+  EXPECT_EQ(tree->Selected(), projects);
+  EXPECT_TRUE(IsTicked(tree->State(projects)));
 
   // A remount of the disk reads the open folders again, without a rebuild.
   const TreeItem kept = tree->Selected();
