@@ -53,11 +53,13 @@ int32_t HandleList(const std::vector<int32_t>& handles) {
 // The designs picked in the import dialog, each as a block, the colours
 // mapped to `target`'s format where the design's own extension differs.
 int32_t ImportBlocks(const std::vector<std::string>& picked, const std::string& target) {
+  // The mapping finds its format by a name made of the extension, where a leading dot changes nothing.
+  const std::string_view format = std::string_view(target).substr(target.starts_with('.') ? 1 : 0);
   std::vector<int32_t> handles;
   for (const std::string& path : picked) {
     Design design;
     ReadDesignFile(design, path);  // a design that did not read still gives its block
-    if (!target.empty() && !DesignPath(design.name).HasExtension(target)) ConvertThreadsForFormat(design, target);
+    if (!target.empty() && !DesignPath(design.name).HasExtension(target)) ConvertThreadsForFormat(design, format);
     handles.push_back(NewBlock(design));
   }
   return HandleList(handles);

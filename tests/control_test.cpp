@@ -224,6 +224,7 @@ TEST_F(AddinControl, ImportListsThePickedDesignsMappedOnlyToAnotherFormat) {
   };
   const Case cases[] = {{"pcs", "", "", {"pcs", "", ""}},
                         {"PCS", "jef", "", {"pcs", "", ""}},
+                        {".pcs", "", "", {"pcs", "", ""}},
                         {"", "jef", "pcs", {"jef", "", "jef"}},
                         {"", "", "pcs", {"pcs", "", ""}},
                         {"", "", "", {"", "", ""}}};
