@@ -164,7 +164,10 @@ bool HostWindow::PutDesign(int32_t hDesign) {
 void HostWindow::BuildMenus() {
   QMenu* file = menuBar()->addMenu("&File");
   file->addAction("&Import...", QKeySequence("Ctrl+I"), this, &HostWindow::Import);
-  file->addAction("&Save", QKeySequence::Save, this, [this] { RunOnPage(kDispatchSave); });
+  // A design without a name or extension has no format to be saved in: Save asks for one.
+  file->addAction("&Save", QKeySequence::Save, this, [this] {
+    RunOnPage(DesignPath(Page().name).GetExtension().empty() ? kDispatchSaveAs : kDispatchSave);
+  });
   file->addAction("Save &As...", QKeySequence::SaveAs, this, [this] { RunOnPage(kDispatchSaveAs); });
   file->addSeparator();
   file->addAction("&Quit", QKeySequence::Quit, this, &QWidget::close);
