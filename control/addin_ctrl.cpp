@@ -65,7 +65,6 @@ int32_t ImportBlocks(const std::vector<std::string>& picked, const std::string& 
   return HandleList(handles);
 }
 
-
 // Save and SaveAs, step by step.
 int32_t SaveThroughHost(int32_t hDesign, bool saveAs) {
   HostDriver host;
