@@ -8,7 +8,6 @@
 #include <linux/magic.h>
 #include <sys/stat.h>
 #include <sys/statfs.h>
-#include <unistd.h>
 
 #include "core/file_io.h"
 #include "core/text.h"

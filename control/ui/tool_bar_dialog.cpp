@@ -20,6 +20,8 @@ namespace {
 // The dialog's 130 by 23 dialog units at the default font's base units.
 constexpr int kDialogWidth = 195;
 constexpr int kDialogHeight = 37;
+// The bar has no buttons of its own, so its image list starts with the tools'.
+constexpr int32_t kOwnImages = 0;
 
 // A tool's bitmap with its mask colour made transparent.
 QPixmap ToolIcon(const StitchBitmap& bitmap) {
@@ -37,7 +39,7 @@ QPixmap ToolIcon(const StitchBitmap& bitmap) {
 }  // namespace
 
 ToolBarDialog::ToolBarDialog(CFennickAddinCtrl& control, QWidget* parent, ToolStarter starter)
-    : QWidget(parent), model_(kDialogWidth, 0, std::move(starter)), bar_(new QToolBar(this)) {
+    : QWidget(parent), model_(kDialogWidth, kOwnImages, std::move(starter)), bar_(new QToolBar(this)) {
   // The subscription to the messages lives as long as this window.
   transport_ = std::make_unique<BusTransport>();
   if (std::string error; transport_->Start(error)) {
@@ -67,7 +69,7 @@ ToolBarDialog::~ToolBarDialog() {
 void ToolBarDialog::AddToolButtons() {
   if (model_.HasSeparator()) bar_->addSeparator();
   for (const ToolButton& button : model_.Buttons()) {
-    const StitchBitmap& image = model_.Images()[static_cast<size_t>(button.image)];
+    const StitchBitmap& image = model_.Images()[static_cast<size_t>(button.image - kOwnImages)];
     QAction* action = bar_->addAction(ToolIcon(image), QString());
     action->setToolTip(QString::fromStdString(model_.ToolTipText(button.command)));
     action->setStatusTip(QString::fromUtf8(kToolStatusText));
